@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Fails when any ELF object, library or program in the build folder is not
+# 32-bit x86.
+set -euo pipefail
+dir=${1:-build/release}
+bad=0
+while IFS= read -r -d '' f; do
+  desc=$(file -b "$f")
+  case "$desc" in
+    ELF\ 32-bit*Intel\ 80386*) ;;
+    ELF*|current\ ar\ archive*)
+      if [[ "$desc" == current\ ar\ archive* ]]; then
+        continue
+      fi
+      echo "not 32-bit x86: $f: $desc"; bad=1 ;;
+  esac
+done < <(find "$dir" -type f \( -name '*.o' -o -name '*.so' -o -perm -u+x \) -not -path '*/CMakeFiles/*.dir/*.cmake' -print0)
+[[ $bad -eq 0 ]] && echo "all ELF objects in $dir are 32-bit x86"
+exit $bad

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that are missing for building, testing and
+# running Tidewell. Usage: scripts/deps.sh [package ...] (extra packages are
+# added to the base set). Non-interactive; uses sudo when not run as root.
+set -euo pipefail
+
+base=(g++-multilib cmake ninja-build googletest file libxml2-utils hwdata)
+wanted=("${base[@]}" "$@")
+
+missing=()
+for pkg in "${wanted[@]}"; do
+  status=$(dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null || true)
+  [[ "$status" == "install ok installed" ]] || missing+=("$pkg")
+done
+[[ ${#missing[@]} -eq 0 ]] && exit 0
+
+sudo=()
+[[ $(id -u) -eq 0 ]] || sudo=(sudo)
+echo "installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -q
+"${sudo[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Installs what is missing, then builds and runs every test twice: optimized,
+# and with AddressSanitizer + UndefinedBehaviorSanitizer. Both must pass.
+set -euo pipefail
+top=$(cd "$(dirname "$0")/.." && pwd)
+cd "$top"
+scripts/deps.sh
+
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+
+for variant in release asan; do
+  dir=build/$variant
+  opts=(-DCMAKE_BUILD_TYPE=Release)
+  [[ $variant == asan ]] && opts=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DTIDEWELL_SANITIZE=ON)
+  echo "== build ($variant)"
+  scripts/build.sh "$dir" "${opts[@]}"
+  echo "== test ($variant)"
+  ctest --test-dir "$dir" --output-on-failure -j"$(nproc)"
+done
+scripts/check-32bit.sh build/release
