@@ -78,20 +78,44 @@ unsigned istring::find(char const* s, unsigned pos, unsigned n) const
 {
     return TextSearch::forward(c_str(), size(), orEmpty(s), pos, n, true);
 }
-unsigned istring::find(char const* s, unsigned pos) const { return find(s, pos, lengthOf(s)); }
-unsigned istring::find(string const& s, unsigned pos) const { return find(s.c_str(), pos, s.size()); }
-unsigned istring::find(istring const& s, unsigned pos) const { return find(s.c_str(), pos, s.size()); }
-unsigned istring::find(char c, unsigned pos) const { return find(&c, pos, 1); }
+unsigned istring::find(char const* s, unsigned pos) const
+{
+    return find(s, pos, lengthOf(s));
+}
+unsigned istring::find(string const& s, unsigned pos) const
+{
+    return find(s.c_str(), pos, s.size());
+}
+unsigned istring::find(istring const& s, unsigned pos) const
+{
+    return find(s.c_str(), pos, s.size());
+}
+unsigned istring::find(char c, unsigned pos) const
+{
+    return find(&c, pos, 1);
+}
 
 // The downward scan stops before position 0 (lowest position 1).
 unsigned istring::rfind(char const* s, unsigned pos, unsigned n) const
 {
     return TextSearch::backward(c_str(), size(), orEmpty(s), pos, n, true, 1);
 }
-unsigned istring::rfind(char const* s, unsigned pos) const { return rfind(s, pos, lengthOf(s)); }
-unsigned istring::rfind(string const& s, unsigned pos) const { return rfind(s.c_str(), pos, s.size()); }
-unsigned istring::rfind(istring const& s, unsigned pos) const { return rfind(s.c_str(), pos, s.size()); }
-unsigned istring::rfind(char c, unsigned pos) const { return rfind(&c, pos, 1); }
+unsigned istring::rfind(char const* s, unsigned pos) const
+{
+    return rfind(s, pos, lengthOf(s));
+}
+unsigned istring::rfind(string const& s, unsigned pos) const
+{
+    return rfind(s.c_str(), pos, s.size());
+}
+unsigned istring::rfind(istring const& s, unsigned pos) const
+{
+    return rfind(s.c_str(), pos, s.size());
+}
+unsigned istring::rfind(char c, unsigned pos) const
+{
+    return rfind(&c, pos, 1);
+}
 
 list<istring, DefaultAllocator> istring::split(istring const& sep) const
 {
@@ -119,13 +143,31 @@ bool istring::equals(char const* s, unsigned n) const
     return size() == n && memicmp(c_str(), s, static_cast<int>(n)) == 0;
 }
 
-bool istring::operator==(istring const& other) const { return equals(other.c_str(), other.size()); }
-bool istring::operator==(string const& other) const { return equals(other.c_str(), other.size()); }
-bool istring::operator==(char const* s) const { return equals(orEmpty(s), lengthOf(s)); }
+bool istring::operator==(istring const& other) const
+{
+    return equals(other.c_str(), other.size());
+}
+bool istring::operator==(string const& other) const
+{
+    return equals(other.c_str(), other.size());
+}
+bool istring::operator==(char const* s) const
+{
+    return equals(orEmpty(s), lengthOf(s));
+}
 
-bool istring::operator<(istring const& other) const { return stricmp(c_str(), other.c_str()) < 0; }
-bool istring::operator<(string const& other) const { return stricmp(c_str(), other.c_str()) < 0; }
-bool istring::operator<(char const* s) const { return stricmp(c_str(), orEmpty(s)) < 0; }
+bool istring::operator<(istring const& other) const
+{
+    return stricmp(c_str(), other.c_str()) < 0;
+}
+bool istring::operator<(string const& other) const
+{
+    return stricmp(c_str(), other.c_str()) < 0;
+}
+bool istring::operator<(char const* s) const
+{
+    return stricmp(c_str(), orEmpty(s)) < 0;
+}
 
 istring operator+(istring const& a, istring const& b)
 {

@@ -18,7 +18,7 @@ namespace Common
 class istring
 {
 public:
-    static const unsigned npos = string::npos;
+    static constexpr unsigned npos = string::npos;
 
     istring() {}
     istring(istring const& other) : m_text(other.m_text) {}
@@ -52,7 +52,10 @@ public:
     unsigned rfind(istring const& s, unsigned pos = npos) const;
     unsigned rfind(char c, unsigned pos = npos) const;
 
-    istring substr(unsigned pos = 0, unsigned n = npos) const { return istring(m_text.substr(pos, n)); }
+    istring substr(unsigned pos = 0, unsigned n = npos) const
+    {
+        return istring(m_text.substr(pos, n));
+    }
     // Every separator (found ignoring case) splits; empty fields are kept.
     // `sep` must not be empty.
     list<istring, DefaultAllocator> split(istring const& sep) const;

@@ -85,7 +85,8 @@ public:
         return iterator(node);
     }
 
-    template <class InputIterator> void insert(iterator pos, InputIterator first, InputIterator last)
+    template <class InputIterator>
+    void insert(iterator pos, InputIterator first, InputIterator last)
     {
         for (; first != last; ++first)
             insert(pos, *first);

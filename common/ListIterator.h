@@ -15,7 +15,10 @@ public:
     ListIterator() : m_node(nullptr) {}
     explicit ListIterator(Node* node) : m_node(node) {}
     // The const iterator is built from the mutable one.
-    template <class R, class P> ListIterator(ListIterator<T, R, P> const& other) : m_node(other.node()) {}
+    template <class R, class P>
+    ListIterator(ListIterator<T, R, P> const& other) : m_node(other.node())
+    {
+    }
 
     Ref operator*() const { return m_node->value; }
     Ptr operator->() const { return &m_node->value; }

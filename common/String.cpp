@@ -58,7 +58,8 @@ string::string(string const& other)
     ++*m_references;
 }
 
-string::string(char const* s, unsigned n) : m_length(nullptr), m_references(nullptr), m_buffer(nullptr)
+string::string(char const* s, unsigned n)
+    : m_length(nullptr), m_references(nullptr), m_buffer(nullptr)
 {
     assign(s, n);
 }
@@ -74,7 +75,10 @@ string::string(char c) : m_length(nullptr), m_references(nullptr), m_buffer(null
     assign(&c, 1);
 }
 
-string::~string() { release(); }
+string::~string()
+{
+    release();
+}
 
 void string::release()
 {
@@ -147,10 +151,22 @@ string& string::assign(string const& other)
     return *this;
 }
 
-string& string::operator=(string const& other) { return assign(other); }
-string& string::operator=(char const* s) { return assign(s, npos); }
-string& string::operator=(char c) { return assign(&c, 1); }
-void string::clear() { assign("", 0); }
+string& string::operator=(string const& other)
+{
+    return assign(other);
+}
+string& string::operator=(char const* s)
+{
+    return assign(s, npos);
+}
+string& string::operator=(char c)
+{
+    return assign(&c, 1);
+}
+void string::clear()
+{
+    assign("", 0);
+}
 
 string string::uninitialized(unsigned n, char*& bytes)
 {
@@ -173,7 +189,10 @@ string& string::operator+=(string const& other)
     return *this;
 }
 
-string& string::operator+=(char const* s) { return *this += string(s); }
+string& string::operator+=(char const* s)
+{
+    return *this += string(s);
+}
 
 string& string::replace(unsigned pos, unsigned n, string const& s)
 {
@@ -190,23 +209,44 @@ string& string::replace(unsigned pos, unsigned n, string const& s)
     return *this;
 }
 
-string& string::replace(unsigned pos, unsigned n, char const* s) { return replace(pos, n, string(s)); }
+string& string::replace(unsigned pos, unsigned n, char const* s)
+{
+    return replace(pos, n, string(s));
+}
 
 unsigned string::find(char const* s, unsigned pos, unsigned n) const
 {
     return TextSearch::forward(m_buffer, size(), orEmpty(s), pos, n, false);
 }
-unsigned string::find(char const* s, unsigned pos) const { return find(s, pos, lengthOf(s)); }
-unsigned string::find(string const& s, unsigned pos) const { return find(s.m_buffer, pos, s.size()); }
-unsigned string::find(char c, unsigned pos) const { return find(&c, pos, 1); }
+unsigned string::find(char const* s, unsigned pos) const
+{
+    return find(s, pos, lengthOf(s));
+}
+unsigned string::find(string const& s, unsigned pos) const
+{
+    return find(s.m_buffer, pos, s.size());
+}
+unsigned string::find(char c, unsigned pos) const
+{
+    return find(&c, pos, 1);
+}
 
 unsigned string::rfind(char const* s, unsigned pos, unsigned n) const
 {
     return TextSearch::backward(m_buffer, size(), orEmpty(s), pos, n, false, 0);
 }
-unsigned string::rfind(char const* s, unsigned pos) const { return rfind(s, pos, lengthOf(s)); }
-unsigned string::rfind(string const& s, unsigned pos) const { return rfind(s.m_buffer, pos, s.size()); }
-unsigned string::rfind(char c, unsigned pos) const { return rfind(&c, pos, 1); }
+unsigned string::rfind(char const* s, unsigned pos) const
+{
+    return rfind(s, pos, lengthOf(s));
+}
+unsigned string::rfind(string const& s, unsigned pos) const
+{
+    return rfind(s.m_buffer, pos, s.size());
+}
+unsigned string::rfind(char c, unsigned pos) const
+{
+    return rfind(&c, pos, 1);
+}
 
 // npos takes the text up to its first NUL; any other count is clamped to the
 // end of the buffer.
@@ -251,10 +291,19 @@ bool string::operator==(char const* s) const
     return size() == n && std::strncmp(m_buffer, orEmpty(s), n) == 0;
 }
 
-bool string::operator<(string const& other) const { return std::strcmp(m_buffer, other.m_buffer) < 0; }
-bool string::operator<(char const* s) const { return std::strcmp(m_buffer, orEmpty(s)) < 0; }
+bool string::operator<(string const& other) const
+{
+    return std::strcmp(m_buffer, other.m_buffer) < 0;
+}
+bool string::operator<(char const* s) const
+{
+    return std::strcmp(m_buffer, orEmpty(s)) < 0;
+}
 
-char const& string::operator[](unsigned i) const { return m_buffer[clampPosition(i, size())]; }
+char const& string::operator[](unsigned i) const
+{
+    return m_buffer[clampPosition(i, size())];
+}
 
 string operator+(string const& a, string const& b)
 {
@@ -288,7 +337,8 @@ string Replace(string const& text, string const& what, string const& with)
         return text;
 
     char* out = nullptr;
-    string result = string::uninitialized(text.size() - count * what.size() + count * with.size(), out);
+    string result =
+        string::uninitialized(text.size() - count * what.size() + count * with.size(), out);
     unsigned from = 0;
     for (unsigned at = text.find(what); at != string::npos; at = text.find(what, from))
     {

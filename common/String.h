@@ -26,7 +26,7 @@ class DefaultAllocator;
 class string : public Signature
 {
 public:
-    static const unsigned npos = 0xFFFFFFFFu;
+    static constexpr unsigned npos = 0xFFFFFFFFu;
 
     string();
     string(string const& other);
