@@ -1,0 +1,63 @@
+// Foundation figures: reading a 16 MiB file into a Common::string through
+// InputStreamFromFile against one read(2) into a plain buffer.
+#include "BenchTiming.h"
+
+#include "common/InputStreamFromFile.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+const unsigned kFileSize = 16u << 20;
+
+std::string makeFile()
+{
+    char path[] = "/tmp/tidewell-bench-XXXXXX";
+    int fd = mkstemp(path);
+    std::string block(1 << 20, '\0');
+    for (size_t i = 0; i < block.size(); ++i)
+        block[i] = static_cast<char>('a' + i % 26);
+    for (unsigned written = 0; written < kFileSize; written += block.size())
+        if (write(fd, block.data(), block.size()) != static_cast<ssize_t>(block.size()))
+            std::abort();
+    close(fd);
+    return path;
+}
+
+void readPlain(std::string const& path)
+{
+    int fd = open(path.c_str(), O_RDONLY);
+    struct stat info;
+    fstat(fd, &info);
+    char* buffer = static_cast<char*>(std::malloc(info.st_size));
+    if (read(fd, buffer, info.st_size) != info.st_size)
+        std::abort();
+    close(fd);
+    std::free(buffer);
+}
+
+void readThroughStream(std::string const& path)
+{
+    Common::InputStreamFromFile in(path.c_str());
+    Common::string text;
+    in.readBuffer(text);
+    if (text.size() != kFileSize)
+        std::abort();
+}
+} // namespace
+
+int main()
+{
+    std::string path = makeFile();
+    readPlain(path); // warm the page cache
+    double reference = bestSeconds(15, [&] { readPlain(path); });
+    double ours = bestSeconds(15, [&] { readThroughStream(path); });
+    reportRatio("read 16 MiB file into Common::string vs read(2)", ours, reference, 1.5);
+    unlink(path.c_str());
+    return 0;
+}
