@@ -1,13 +1,15 @@
 #pragma once
 
+#include "common/GlobalStaticAllocator.h"
 #include "common/String.h"
 
 namespace Common
 {
 
 // A source of bytes read a character, a line or the whole rest at a time.
-// Stream objects are held in Common::shared_ptr.
-class InputStream
+// Stream objects are allocated from the memory pool (the class-level
+// operator new of GlobalStaticAllocator) and held in Common::shared_ptr.
+class InputStream : public GlobalStaticAllocator
 {
 public:
     virtual ~InputStream() {}

@@ -1,13 +1,16 @@
 #pragma once
 
 #include "common/IString.h"
+#include "common/GlobalStaticAllocator.h"
 #include "common/String.h"
 
 namespace Common
 {
 
-// A sink of bytes. Stream objects are held in Common::shared_ptr.
-class OutputStream
+// A sink of bytes. Stream objects are allocated from the memory pool (the
+// class-level operator new of GlobalStaticAllocator) and held in
+// Common::shared_ptr.
+class OutputStream : public GlobalStaticAllocator
 {
 public:
     virtual ~OutputStream() {}

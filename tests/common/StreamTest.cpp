@@ -1,3 +1,4 @@
+#include "common/GlobalStaticAllocator.h"
 #include "common/InputStreamFromBuffer.h"
 #include "common/InputStreamFromFile.h"
 #include "common/OutputStreamToBuffer.h"
@@ -178,6 +179,15 @@ TEST(OutputStream, BufferCollectsAndLogDiscards)
     Common::OutputStreamToLog log;
     EXPECT_TRUE(log.isOpen());
     EXPECT_TRUE(log.Accept("anything", 8));
+}
+
+TEST(Streams, ObjectsComeFromThePool)
+{
+    Common::shared_ptr<Common::OutputStream> out(new Common::OutputStreamToLog);
+    Common::shared_ptr<Common::InputStream> in(new Common::InputStreamFromBuffer(string("x")));
+    int segment = -1;
+    EXPECT_TRUE(Common::GlobalStaticAllocator::getSegmentFrom(out.get(), segment));
+    EXPECT_TRUE(Common::GlobalStaticAllocator::getSegmentFrom(in.get(), segment));
 }
 
 TEST(OutputStream, ConsoleWritesPercentSignsAsData)
