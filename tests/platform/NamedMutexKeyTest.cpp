@@ -1,0 +1,89 @@
+// How names become System V keys. Every check runs in a fresh child process,
+// because the lock-file folder is read only once per process.
+#include "platform/named_mutex.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/LockFiles.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <sys/ipc.h>
+
+using TestSupport::LockDirectory;
+using TestSupport::runInChild;
+
+TEST(NamedMutexKey, IsTheKeyOfTheLockFileInTheFolder)
+{
+    LockDirectory locks;
+    std::string name = locks.lockFile("tool");
+    ASSERT_FALSE(name.empty());
+    EXPECT_EQ(0, runInChild(
+                     [&]
+                     {
+                         locks.exportToEnvironment();
+                         key_t expected = ftok((locks.path() + name).c_str(), 0);
+                         CHILD_CHECK(expected != -1);
+                         CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == expected);
+                         return 0;
+                     }));
+}
+
+TEST(NamedMutexKey, FolderIsReadOnceOnFirstUse)
+{
+    LockDirectory first, second;
+    std::string name = first.lockFile("tool");
+    ASSERT_FALSE(name.empty());
+    ASSERT_EQ(0, close(open((second.path() + name).c_str(), O_CREAT | O_WRONLY, 0644)));
+    EXPECT_EQ(0, runInChild(
+                     [&]
+                     {
+                         first.exportToEnvironment();
+                         key_t key = ipcNameToUnixKey(name.c_str());
+                         CHILD_CHECK(key == first.key(name));
+                         second.exportToEnvironment();
+                         CHILD_CHECK(ftok((second.path() + name).c_str(), 0) != key);
+                         CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == key);
+                         return 0;
+                     }));
+    unlink((second.path() + name).c_str());
+}
+
+// With the variable unset the folder is the default one. The empty name
+// makes the path the folder itself, which exists on most systems.
+TEST(NamedMutexKey, UnsetVariableMeansDefaultFolder)
+{
+    EXPECT_EQ(0,
+              runInChild(
+                  []
+                  {
+                      unsetenv("TALVE_LOCK_FILES_DIR");
+                      CHILD_CHECK(ipcNameToUnixKey("") == ftok(TIDEWELL_DEFAULT_LOCK_FILES_DIR, 0));
+                      CHILD_CHECK(ipcNameToUnixKey("no-such-lock-file-d41d8cd9") == -1);
+                      return 0;
+                  }));
+}
+
+TEST(NamedMutexKey, MissingLockFileOrNullNameGivesMinusOne)
+{
+    LockDirectory locks;
+    EXPECT_EQ(0, runInChild(
+                     [&]
+                     {
+                         locks.exportToEnvironment();
+                         CHILD_CHECK(ipcNameToUnixKey("absent") == -1);
+                         CHILD_CHECK(ipcNameToUnixKey(nullptr) == -1);
+                         return 0;
+                     }));
+}
+
+TEST(NamedMutexKey, OverlongPathGivesMinusOne)
+{
+    EXPECT_EQ(0, runInChild(
+                     []
+                     {
+                         std::string name(5000, 'x');
+                         CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == -1);
+                         return 0;
+                     }));
+}
