@@ -34,8 +34,7 @@ namespace TestSupport
 class ChildProcess
 {
 public:
-    static const int FORK_FAILED = -1;
-    static const int CHILD_SKIPPED = 77; // exit status: preconditions missing
+    static const int NO_STATUS = -1; // the fork or the wait failed
 
     template <class Body>
     explicit ChildProcess(Body body, unsigned timeLimitSeconds = 20) : m_pid(fork()), m_status(-1)
@@ -61,17 +60,21 @@ public:
     pid_t pid() const { return m_pid; }
 
     // Waits for the child's end: its exit status, 128 + the signal number if
-    // a signal ended it (SIGALRM: it overran its time limit), or FORK_FAILED.
+    // a signal ended it (SIGALRM: it overran its time limit), or NO_STATUS.
     int wait()
     {
         if (m_pid <= 0)
-            return m_pid < 0 ? FORK_FAILED : m_status;
+            return m_pid < 0 ? NO_STATUS : m_status;
         int status = 0;
-        while (waitpid(m_pid, &status, 0) == -1 && errno == EINTR)
+        pid_t ended;
+        while ((ended = waitpid(m_pid, &status, 0)) == -1 && errno == EINTR)
         {
         }
         m_pid = 0;
-        m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        if (ended == -1)
+            m_status = NO_STATUS;
+        else
+            m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
         return m_status;
     }
 
