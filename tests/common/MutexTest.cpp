@@ -5,169 +5,147 @@
 #include "platform/named_mutex.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/LockFiles.h"
+#include "tests/support/NamedMutexFixture.h"
 
 #include <gtest/gtest.h>
-
-#include <string>
 
 using Common::Synchronization::Mutex;
 using TestSupport::Channel;
 using TestSupport::ChildProcess;
-using TestSupport::runInChild;
 using TestSupport::semaphoreValue;
 
 namespace
 {
 
-class NamedMutexObject : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (!TestSupport::canOperateModeZeroSets())
-            GTEST_SKIP() << "needs root: the named mutexes' sets have permission bits 0";
-        name = locks.lockFile("mutex");
-        ASSERT_FALSE(name.empty());
-    }
-
-    key_t key() const { return locks.key(name); }
-
-    TestSupport::LockDirectory locks;
-    std::string name;
-};
+typedef TestSupport::NamedMutexFixture NamedMutexObject;
 
 TEST_F(NamedMutexObject, SecondProcessIsBusyUntilTheFirstReleases)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         Mutex first(name.c_str());
-                         CHILD_CHECK(first.capture(false));
-                         CHILD_CHECK(first.eMutexState() == Mutex::HELD);
+    auto child = [&]
+    {
+        Mutex first(name.c_str());
+        CHILD_CHECK(first.capture(false));
+        CHILD_CHECK(first.eMutexState() == Mutex::HELD);
 
-                         Channel found, released;
-                         ChildProcess second(
-                             [&]
-                             {
-                                 Mutex mutex(name.c_str());
-                                 CHILD_CHECK(!mutex.capture(false));
-                                 CHILD_CHECK(mutex.eMutexState() == Mutex::BUSY);
-                                 CHILD_CHECK(!mutex.release()); // busy is not released
-                                 found.send('b');
-                                 CHILD_CHECK(released.receive() == 'r');
-                                 CHILD_CHECK(mutex.capture(false));
-                                 CHILD_CHECK(mutex.eMutexState() == Mutex::HELD);
-                                 CHILD_CHECK(mutex.release());
-                                 CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
-                                 return 0;
-                             });
-                         CHILD_CHECK(found.receive() == 'b');
-                         CHILD_CHECK(first.release());
-                         CHILD_CHECK(first.eMutexState() == Mutex::RELEASED);
-                         released.send('r');
-                         CHILD_CHECK(second.wait() == 0);
-                         CHILD_CHECK(semaphoreValue(key()) == 0);
+        Channel found, released;
+        auto contender = [&]
+        {
+            Mutex mutex(name.c_str());
+            CHILD_CHECK(!mutex.capture(false));
+            CHILD_CHECK(mutex.eMutexState() == Mutex::BUSY);
+            CHILD_CHECK(!mutex.release()); // busy is not released
+            found.send('b');
+            CHILD_CHECK(released.receive() == 'r');
+            CHILD_CHECK(mutex.capture(false));
+            CHILD_CHECK(mutex.eMutexState() == Mutex::HELD);
+            CHILD_CHECK(mutex.release());
+            CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
+            return 0;
+        };
+        ChildProcess second(contender);
+        CHILD_CHECK(found.receive() == 'b');
+        CHILD_CHECK(first.release());
+        CHILD_CHECK(first.eMutexState() == Mutex::RELEASED);
+        released.send('r');
+        CHILD_CHECK(second.wait() == 0);
+        CHILD_CHECK(semaphoreValue(key()) == 0);
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutexObject, TwoObjectsInOneProcessExcludeEachOther)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         Mutex first(name.c_str()), second(name.c_str());
-                         CHILD_CHECK(first.capture(false));
-                         CHILD_CHECK(!second.capture(false));
-                         CHILD_CHECK(second.eMutexState() == Mutex::BUSY);
-                         CHILD_CHECK(first.capture(false)); // already held: nothing more taken
-                         CHILD_CHECK(semaphoreValue(key()) == 1);
-                         CHILD_CHECK(first.release());
-                         CHILD_CHECK(second.capture(false));
-                         CHILD_CHECK(second.release());
+    auto child = [&]
+    {
+        Mutex first(name.c_str()), second(name.c_str());
+        CHILD_CHECK(first.capture(false));
+        CHILD_CHECK(!second.capture(false));
+        CHILD_CHECK(second.eMutexState() == Mutex::BUSY);
+        CHILD_CHECK(first.capture(false)); // already held: nothing more taken
+        CHILD_CHECK(semaphoreValue(key()) == 1);
+        CHILD_CHECK(first.release());
+        CHILD_CHECK(second.capture(false));
+        CHILD_CHECK(second.release());
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutexObject, ReleaseWithoutCaptureLeavesTheSemaphoreAlone)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         bool busy = true;
-                         CHILD_CHECK(CreateOSMutex(name.c_str(), busy) >= 0 && !busy);
+    auto child = [&]
+    {
+        bool busy = true;
+        CHILD_CHECK(CreateOSMutex(name.c_str(), busy) >= 0 && !busy);
 
-                         Mutex mutex(name.c_str());
-                         CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
-                         CHILD_CHECK(mutex.release());
-                         CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
-                         CHILD_CHECK(semaphoreValue(key()) == 1);
+        Mutex mutex(name.c_str());
+        CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
+        CHILD_CHECK(mutex.release());
+        CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
+        CHILD_CHECK(semaphoreValue(key()) == 1);
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutexObject, CaptureWithWaitBlocksUntilFree)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         Mutex first(name.c_str());
-                         CHILD_CHECK(first.capture(false));
+    auto child = [&]
+    {
+        Mutex first(name.c_str());
+        CHILD_CHECK(first.capture(false));
 
-                         Channel taken, finish;
-                         ChildProcess second(
-                             [&]
-                             {
-                                 Mutex mutex(name.c_str());
-                                 CHILD_CHECK(mutex.capture(true));
-                                 CHILD_CHECK(mutex.eMutexState() == Mutex::HELD);
-                                 taken.send('t');
-                                 CHILD_CHECK(finish.receive() == 'f');
-                                 return 0; // the destructor releases it
-                             });
-                         CHILD_CHECK(TestSupport::awaitBlockedProcess(key(), GETZCNT));
-                         CHILD_CHECK(taken.receive(100) == '\0');
-                         CHILD_CHECK(first.release());
-                         CHILD_CHECK(taken.receive() == 't');
-                         CHILD_CHECK(!first.capture(false));
-                         CHILD_CHECK(first.eMutexState() == Mutex::BUSY);
-                         finish.send('f');
-                         CHILD_CHECK(second.wait() == 0);
-                         CHILD_CHECK(semaphoreValue(key()) == 0);
-                         CHILD_CHECK(first.capture(true));
-                         CHILD_CHECK(first.release());
+        Channel taken, finish;
+        auto waiter = [&]
+        {
+            Mutex mutex(name.c_str());
+            CHILD_CHECK(mutex.capture(true));
+            CHILD_CHECK(mutex.eMutexState() == Mutex::HELD);
+            taken.send('t');
+            CHILD_CHECK(finish.receive() == 'f');
+            return 0; // the destructor releases it
+        };
+        ChildProcess second(waiter);
+        CHILD_CHECK(TestSupport::awaitBlockedProcess(key(), GETZCNT));
+        CHILD_CHECK(taken.receive(100) == '\0');
+        CHILD_CHECK(first.release());
+        CHILD_CHECK(taken.receive() == 't');
+        CHILD_CHECK(!first.capture(false));
+        CHILD_CHECK(first.eMutexState() == Mutex::BUSY);
+        finish.send('f');
+        CHILD_CHECK(second.wait() == 0);
+        CHILD_CHECK(semaphoreValue(key()) == 0);
+        CHILD_CHECK(first.capture(true));
+        CHILD_CHECK(first.release());
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutexObject, DestructorReleases)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         {
-                             Mutex mutex(name.c_str());
-                             CHILD_CHECK(mutex.capture(false));
-                             CHILD_CHECK(semaphoreValue(key()) == 1);
-                         }
-                         CHILD_CHECK(semaphoreValue(key()) == 0);
+    auto child = [&]
+    {
+        {
+            Mutex mutex(name.c_str());
+            CHILD_CHECK(mutex.capture(false));
+            CHILD_CHECK(semaphoreValue(key()) == 1);
+        }
+        CHILD_CHECK(semaphoreValue(key()) == 0);
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 } // namespace

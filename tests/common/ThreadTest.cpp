@@ -89,22 +89,22 @@ TEST(Thread, EqualityIsSameThread)
 // binds only an unprivileged user (root first becomes "nobody").
 TEST(Thread, FailedCreationLeavesItNotRunning)
 {
-    EXPECT_EQ(0, TestSupport::runInChild(
-                     []
-                     {
-                         if (geteuid() == 0)
-                             CHILD_CHECK(setgid(65534) == 0 && setuid(65534) == 0);
-                         rlimit none = {0, 0};
-                         CHILD_CHECK(setrlimit(RLIMIT_NPROC, &none) == 0);
-                         Counter counter;
-                         Thread thread(counter);
-                         CHILD_CHECK(!thread.running());
-                         thread.Join();
-                         CHILD_CHECK(!thread.running());
-                         Sleep(20);
-                         CHILD_CHECK(counter.runs == 0);
-                         return 0;
-                     }));
+    auto child = []
+    {
+        if (geteuid() == 0)
+            CHILD_CHECK(setgid(65534) == 0 && setuid(65534) == 0);
+        rlimit none = {0, 0};
+        CHILD_CHECK(setrlimit(RLIMIT_NPROC, &none) == 0);
+        Counter counter;
+        Thread thread(counter);
+        CHILD_CHECK(!thread.running());
+        thread.Join();
+        CHILD_CHECK(!thread.running());
+        Sleep(20);
+        CHILD_CHECK(counter.runs == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, TestSupport::runInChild(child));
 }
 
 TEST(ThreadGroup, JoinAllJoinsEveryMember)

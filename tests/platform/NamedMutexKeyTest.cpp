@@ -13,20 +13,23 @@
 using TestSupport::LockDirectory;
 using TestSupport::runInChild;
 
+namespace
+{
+
 TEST(NamedMutexKey, IsTheKeyOfTheLockFileInTheFolder)
 {
     LockDirectory locks;
     std::string name = locks.lockFile("tool");
     ASSERT_FALSE(name.empty());
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         key_t expected = ftok((locks.path() + name).c_str(), 0);
-                         CHILD_CHECK(expected != -1);
-                         CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == expected);
-                         return 0;
-                     }));
+    auto child = [&]
+    {
+        locks.exportToEnvironment();
+        key_t expected = ftok((locks.path() + name).c_str(), 0);
+        CHILD_CHECK(expected != -1);
+        CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == expected);
+        return 0;
+    };
+    EXPECT_EQ(0, runInChild(child));
 }
 
 TEST(NamedMutexKey, FolderIsReadOnceOnFirstUse)
@@ -34,56 +37,58 @@ TEST(NamedMutexKey, FolderIsReadOnceOnFirstUse)
     LockDirectory first, second;
     std::string name = first.lockFile("tool");
     ASSERT_FALSE(name.empty());
-    ASSERT_EQ(0, close(open((second.path() + name).c_str(), O_CREAT | O_WRONLY, 0644)));
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         first.exportToEnvironment();
-                         key_t key = ipcNameToUnixKey(name.c_str());
-                         CHILD_CHECK(key == first.key(name));
-                         second.exportToEnvironment();
-                         CHILD_CHECK(ftok((second.path() + name).c_str(), 0) != key);
-                         CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == key);
-                         return 0;
-                     }));
-    unlink((second.path() + name).c_str());
+    std::string other = second.path() + name;
+    ASSERT_EQ(0, close(open(other.c_str(), O_CREAT | O_WRONLY, 0644)));
+    auto child = [&]
+    {
+        first.exportToEnvironment();
+        key_t key = ipcNameToUnixKey(name.c_str());
+        CHILD_CHECK(key == first.key(name));
+        second.exportToEnvironment();
+        CHILD_CHECK(ftok(other.c_str(), 0) != key);
+        CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == key);
+        return 0;
+    };
+    EXPECT_EQ(0, runInChild(child));
+    unlink(other.c_str());
 }
 
 // With the variable unset the folder is the default one. The empty name
 // makes the path the folder itself, which exists on most systems.
 TEST(NamedMutexKey, UnsetVariableMeansDefaultFolder)
 {
-    EXPECT_EQ(0,
-              runInChild(
-                  []
-                  {
-                      unsetenv("TALVE_LOCK_FILES_DIR");
-                      CHILD_CHECK(ipcNameToUnixKey("") == ftok(TIDEWELL_DEFAULT_LOCK_FILES_DIR, 0));
-                      CHILD_CHECK(ipcNameToUnixKey("no-such-lock-file-d41d8cd9") == -1);
-                      return 0;
-                  }));
+    auto child = []
+    {
+        unsetenv("TALVE_LOCK_FILES_DIR");
+        CHILD_CHECK(ipcNameToUnixKey("") == ftok(TIDEWELL_DEFAULT_LOCK_FILES_DIR, 0));
+        CHILD_CHECK(ipcNameToUnixKey("no-such-lock-file-d41d8cd9") == -1);
+        return 0;
+    };
+    EXPECT_EQ(0, runInChild(child));
 }
 
 TEST(NamedMutexKey, MissingLockFileOrNullNameGivesMinusOne)
 {
     LockDirectory locks;
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         CHILD_CHECK(ipcNameToUnixKey("absent") == -1);
-                         CHILD_CHECK(ipcNameToUnixKey(nullptr) == -1);
-                         return 0;
-                     }));
+    auto child = [&]
+    {
+        locks.exportToEnvironment();
+        CHILD_CHECK(ipcNameToUnixKey("absent") == -1);
+        CHILD_CHECK(ipcNameToUnixKey(nullptr) == -1);
+        return 0;
+    };
+    EXPECT_EQ(0, runInChild(child));
 }
 
 TEST(NamedMutexKey, OverlongPathGivesMinusOne)
 {
-    EXPECT_EQ(0, runInChild(
-                     []
-                     {
-                         std::string name(5000, 'x');
-                         CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == -1);
-                         return 0;
-                     }));
+    auto child = []
+    {
+        std::string name(5000, 'x');
+        CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == -1);
+        return 0;
+    };
+    EXPECT_EQ(0, runInChild(child));
 }
+
+} // namespace

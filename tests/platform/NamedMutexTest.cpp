@@ -4,6 +4,7 @@
 #include "platform/named_mutex.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/LockFiles.h"
+#include "tests/support/NamedMutexFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -13,81 +14,61 @@
 #include <sys/ipc.h>
 #include <sys/sem.h>
 
+using TestSupport::awaitBlockedProcess;
 using TestSupport::Channel;
 using TestSupport::ChildProcess;
-using TestSupport::LockDirectory;
-using TestSupport::runInChild;
 using TestSupport::semaphoreValue;
 
 namespace
 {
 
-class NamedMutex : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        // Sets with permission bits 0 can only be operated with CAP_IPC_OWNER.
-        if (!TestSupport::canOperateModeZeroSets())
-            GTEST_SKIP() << "needs root: the named mutexes' sets have permission bits 0";
-        name = locks.lockFile("mutex");
-        ASSERT_FALSE(name.empty());
-    }
-
-    // The key of `name` as the library must compute it.
-    key_t key() const { return locks.key(name); }
-
-    LockDirectory locks;
-    std::string name;
-};
+typedef TestSupport::NamedMutexFixture NamedMutex;
 
 TEST_F(NamedMutex, CreateTakesAFreeMutexAndReportsBusyWhileHeld)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         bool busy = true;
-                         int id = CreateOSMutex(name.c_str(), busy);
-                         CHILD_CHECK(id >= 0 && !busy);
-                         CHILD_CHECK(semaphoreValue(key()) == 1);
+    auto child = [&]
+    {
+        bool busy = true;
+        int id = CreateOSMutex(name.c_str(), busy);
+        CHILD_CHECK(id >= 0 && !busy);
+        CHILD_CHECK(semaphoreValue(key()) == 1);
 
-                         bool again = false;
-                         CHILD_CHECK(CreateOSMutex(name.c_str(), again) == id && again);
-                         CHILD_CHECK(semaphoreValue(key()) == 1);
+        bool again = false;
+        CHILD_CHECK(CreateOSMutex(name.c_str(), again) == id && again);
+        CHILD_CHECK(semaphoreValue(key()) == 1);
 
-                         CHILD_CHECK(ReleaseOSMutex(id));
-                         CHILD_CHECK(semaphoreValue(key()) == 0);
-                         CHILD_CHECK(!ReleaseOSMutex(id));
-                         CHILD_CHECK(semaphoreValue(key()) == 0);
+        CHILD_CHECK(ReleaseOSMutex(id));
+        CHILD_CHECK(semaphoreValue(key()) == 0);
+        CHILD_CHECK(!ReleaseOSMutex(id));
+        CHILD_CHECK(semaphoreValue(key()) == 0);
 
-                         CHILD_CHECK(CreateOSMutex(name.c_str(), busy) == id && !busy);
-                         CHILD_CHECK(ReleaseOSMutex(name.c_str()));
-                         CHILD_CHECK(!ReleaseOSMutex(-1));
+        CHILD_CHECK(CreateOSMutex(name.c_str(), busy) == id && !busy);
+        CHILD_CHECK(ReleaseOSMutex(name.c_str()));
+        CHILD_CHECK(!ReleaseOSMutex(-1));
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         CHILD_CHECK(TestSupport::existingSet(key()) == -1);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        CHILD_CHECK(TestSupport::existingSet(key()) == -1);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutex, SetHasOneSemaphoreAndPermissionBitsZero)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         int id = GetOSMutex(name.c_str());
-                         CHILD_CHECK(id >= 0);
-                         CHILD_CHECK(GetOSMutex(name.c_str()) == id);
-                         semid_ds status;
-                         CHILD_CHECK(semctl(id, 0, IPC_STAT, &status) == 0);
-                         CHILD_CHECK(status.sem_nsems == 1);
-                         CHILD_CHECK((status.sem_perm.mode & 0777) == 0);
-                         CHILD_CHECK(status.sem_perm.__key == key());
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+    auto child = [&]
+    {
+        int id = GetOSMutex(name.c_str());
+        CHILD_CHECK(id >= 0);
+        CHILD_CHECK(GetOSMutex(name.c_str()) == id);
+        semid_ds status;
+        CHILD_CHECK(semctl(id, 0, IPC_STAT, &status) == 0);
+        CHILD_CHECK(status.sem_nsems == 1);
+        CHILD_CHECK((status.sem_perm.mode & 0777) == 0);
+        CHILD_CHECK(status.sem_perm.__key == key());
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutex, NullNameMakesANewPrivateSetEachTime)
@@ -106,117 +87,113 @@ TEST_F(NamedMutex, NullNameMakesANewPrivateSetEachTime)
 
 TEST_F(NamedMutex, WaitBlocksWhileHeldElsewhereAndThenTakesIt)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         bool busy = true;
-                         int id = CreateOSMutex(name.c_str(), busy);
-                         CHILD_CHECK(id >= 0 && !busy);
+    auto child = [&]
+    {
+        bool busy = true;
+        int id = CreateOSMutex(name.c_str(), busy);
+        CHILD_CHECK(id >= 0 && !busy);
 
-                         Channel taken;
-                         ChildProcess waiter(
-                             [&]
-                             {
-                                 CHILD_CHECK(WaitOSMutexClear(name.c_str()) == 0);
-                                 taken.send('t');
-                                 return 0;
-                             });
-                         CHILD_CHECK(TestSupport::awaitBlockedProcess(key(), GETZCNT));
-                         CHILD_CHECK(taken.receive(100) == '\0');
-                         CHILD_CHECK(ReleaseOSMutex(id));
-                         CHILD_CHECK(taken.receive() == 't');
-                         CHILD_CHECK(waiter.wait() == 0);
-                         // The waiter took it and, without undo, it stays held after its exit.
-                         CHILD_CHECK(semaphoreValue(key()) == 1);
-                         CHILD_CHECK(CreateOSMutex(name.c_str(), busy) == id && busy);
+        Channel taken;
+        auto waiter = [&]
+        {
+            CHILD_CHECK(WaitOSMutexClear(name.c_str()) == 0);
+            taken.send('t');
+            return 0;
+        };
+        ChildProcess waiting(waiter);
+        CHILD_CHECK(awaitBlockedProcess(key(), GETZCNT));
+        CHILD_CHECK(taken.receive(100) == '\0');
+        CHILD_CHECK(ReleaseOSMutex(id));
+        CHILD_CHECK(taken.receive() == 't');
+        CHILD_CHECK(waiting.wait() == 0);
+        // The waiter took it and, without undo, it stays held after its exit.
+        CHILD_CHECK(semaphoreValue(key()) == 1);
+        CHILD_CHECK(CreateOSMutex(name.c_str(), busy) == id && busy);
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutex, WaitMutexClearTakesAFreeMutexAtOnce)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         int id = GetOSMutex(name.c_str());
-                         CHILD_CHECK(id >= 0);
-                         CHILD_CHECK(WaitMutexClear(id) == 0);
-                         CHILD_CHECK(semaphoreValue(key()) == 1);
-                         CHILD_CHECK(WaitMutexClear(-1) == -1);
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+    auto child = [&]
+    {
+        int id = GetOSMutex(name.c_str());
+        CHILD_CHECK(id >= 0);
+        CHILD_CHECK(WaitMutexClear(id) == 0);
+        CHILD_CHECK(semaphoreValue(key()) == 1);
+        CHILD_CHECK(WaitMutexClear(-1) == -1);
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 void ignore(int) {}
 
 TEST_F(NamedMutex, WaitSemBlocksUntilSignalledAndOutlastsInterruptions)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         // Counting: two signals allow two waits without blocking.
-                         CHILD_CHECK(SignalSem(name.c_str()) == 0);
-                         CHILD_CHECK(SignalSem(name.c_str()) == 0);
-                         CHILD_CHECK(semaphoreValue(key()) == 2);
-                         CHILD_CHECK(WaitSem(name.c_str()) == 0);
-                         CHILD_CHECK(WaitSem(name.c_str()) == 0);
-                         CHILD_CHECK(semaphoreValue(key()) == 0);
+    auto child = [&]
+    {
+        // Counting: two signals allow two waits without blocking.
+        CHILD_CHECK(SignalSem(name.c_str()) == 0);
+        CHILD_CHECK(SignalSem(name.c_str()) == 0);
+        CHILD_CHECK(semaphoreValue(key()) == 2);
+        CHILD_CHECK(WaitSem(name.c_str()) == 0);
+        CHILD_CHECK(WaitSem(name.c_str()) == 0);
+        CHILD_CHECK(semaphoreValue(key()) == 0);
 
-                         Channel done;
-                         ChildProcess waiter(
-                             [&]
-                             {
-                                 struct sigaction action = {};
-                                 action.sa_handler = ignore; // no SA_RESTART: semop sees EINTR
-                                 sigaction(SIGUSR1, &action, nullptr);
-                                 CHILD_CHECK(WaitSem(name.c_str()) == 0);
-                                 done.send('d');
-                                 return 0;
-                             });
-                         CHILD_CHECK(TestSupport::awaitBlockedProcess(key(), GETNCNT));
-                         CHILD_CHECK(kill(waiter.pid(), SIGUSR1) == 0);
-                         CHILD_CHECK(done.receive(200) == '\0');
-                         CHILD_CHECK(TestSupport::awaitBlockedProcess(key(), GETNCNT));
-                         CHILD_CHECK(SignalSem(name.c_str()) == 0);
-                         CHILD_CHECK(done.receive() == 'd');
-                         CHILD_CHECK(waiter.wait() == 0);
-                         CHILD_CHECK(semaphoreValue(key()) == 0);
+        Channel done;
+        auto waiter = [&]
+        {
+            struct sigaction action = {};
+            action.sa_handler = ignore; // no SA_RESTART: semop sees EINTR
+            sigaction(SIGUSR1, &action, nullptr);
+            CHILD_CHECK(WaitSem(name.c_str()) == 0);
+            done.send('d');
+            return 0;
+        };
+        ChildProcess waiting(waiter);
+        CHILD_CHECK(awaitBlockedProcess(key(), GETNCNT));
+        CHILD_CHECK(kill(waiting.pid(), SIGUSR1) == 0);
+        CHILD_CHECK(done.receive(200) == '\0');
+        CHILD_CHECK(awaitBlockedProcess(key(), GETNCNT));
+        CHILD_CHECK(SignalSem(name.c_str()) == 0);
+        CHILD_CHECK(done.receive() == 'd');
+        CHILD_CHECK(waiting.wait() == 0);
+        CHILD_CHECK(semaphoreValue(key()) == 0);
 
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 TEST_F(NamedMutex, ClearSemEndsAWaitWithFailure)
 {
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         bool busy = true;
-                         CHILD_CHECK(CreateOSMutex(name.c_str(), busy) >= 0 && !busy);
-                         Channel ended;
-                         ChildProcess waiter(
-                             [&]
-                             {
-                                 int id = GetOSMutex(name.c_str());
-                                 CHILD_CHECK(id >= 0);
-                                 CHILD_CHECK(WaitMutexClear(id) == -1 && errno == EIDRM);
-                                 ended.send('e');
-                                 return 0;
-                             });
-                         CHILD_CHECK(TestSupport::awaitBlockedProcess(key(), GETZCNT));
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         CHILD_CHECK(ended.receive() == 'e');
-                         CHILD_CHECK(waiter.wait() == 0);
-                         return 0;
-                     }));
+    auto child = [&]
+    {
+        bool busy = true;
+        CHILD_CHECK(CreateOSMutex(name.c_str(), busy) >= 0 && !busy);
+        Channel ended;
+        auto waiter = [&]
+        {
+            int id = GetOSMutex(name.c_str());
+            CHILD_CHECK(id >= 0);
+            CHILD_CHECK(WaitMutexClear(id) == -1 && errno == EIDRM);
+            ended.send('e');
+            return 0;
+        };
+        ChildProcess waiting(waiter);
+        CHILD_CHECK(awaitBlockedProcess(key(), GETZCNT));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        CHILD_CHECK(ended.receive() == 'e');
+        CHILD_CHECK(waiting.wait() == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, inChild(child));
 }
 
 // As root, permission bits 0 do not matter (CAP_IPC_OWNER). Any other user,
@@ -225,30 +202,30 @@ TEST_F(NamedMutex, ClearSemEndsAWaitWithFailure)
 // can still remove the set. Root runs this as the user "nobody".
 TEST(NamedMutexUnprivileged, MutexIsNeverFree)
 {
-    LockDirectory locks;
+    TestSupport::LockDirectory locks;
     std::string name = locks.lockFile("mutex");
     ASSERT_FALSE(name.empty());
-    EXPECT_EQ(0, runInChild(
-                     [&]
-                     {
-                         locks.exportToEnvironment();
-                         if (geteuid() == 0)
-                         {
-                             CHILD_CHECK(chmod(locks.path().c_str(), 0755) == 0);
-                             CHILD_CHECK(setgid(65534) == 0 && setuid(65534) == 0);
-                         }
-                         CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == locks.key(name));
+    auto child = [&]
+    {
+        locks.exportToEnvironment();
+        if (geteuid() == 0)
+        {
+            CHILD_CHECK(chmod(locks.path().c_str(), 0755) == 0);
+            CHILD_CHECK(setgid(65534) == 0 && setuid(65534) == 0);
+        }
+        CHILD_CHECK(ipcNameToUnixKey(name.c_str()) == locks.key(name));
 
-                         bool busy = false;
-                         int id = CreateOSMutex(name.c_str(), busy);
-                         CHILD_CHECK(id >= 0 && busy);
-                         CHILD_CHECK(WaitMutexClear(id) == -1 && errno == EACCES);
-                         CHILD_CHECK(WaitSem(name.c_str()) == -1 && errno == EACCES);
-                         CHILD_CHECK(SignalSem(name.c_str()) == -1 && errno == EACCES);
-                         CHILD_CHECK(!ReleaseOSMutex(id));
-                         CHILD_CHECK(ClearSem(name.c_str()) == 0);
-                         return 0;
-                     }));
+        bool busy = false;
+        int id = CreateOSMutex(name.c_str(), busy);
+        CHILD_CHECK(id >= 0 && busy);
+        CHILD_CHECK(WaitMutexClear(id) == -1 && errno == EACCES);
+        CHILD_CHECK(WaitSem(name.c_str()) == -1 && errno == EACCES);
+        CHILD_CHECK(SignalSem(name.c_str()) == -1 && errno == EACCES);
+        CHILD_CHECK(!ReleaseOSMutex(id));
+        CHILD_CHECK(ClearSem(name.c_str()) == 0);
+        return 0;
+    };
+    EXPECT_EQ(0, TestSupport::runInChild(child));
 }
 
 } // namespace
