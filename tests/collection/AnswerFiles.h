@@ -1,0 +1,90 @@
+#pragma once
+
+// Helpers of the answer-file tests: a scratch folder, a page-parameter source,
+// file reading and line-wise comparison.
+
+#include "ExpectedFiles.h"
+#include "collection/Unattend.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+typedef std::vector<std::pair<std::string, std::string>> Answers;
+
+class TempDir
+{
+public:
+    TempDir()
+    {
+        char pattern[] = "/tmp/tidewell-answers-XXXXXX";
+        m_path = mkdtemp(pattern);
+    }
+    ~TempDir() { std::system(("rm -rf '" + m_path + "'").c_str()); }
+    std::string file(char const* name) const { return m_path + "/" + name; }
+    std::string const& path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+// The page parameters of one request; absent ones read as empty.
+struct Query
+{
+    Common::istring operator()(char const* name) const
+    {
+        auto found = parameters.find(name);
+        return found == parameters.end() ? Common::istring() : found->second.c_str();
+    }
+    std::map<std::string, std::string> parameters;
+};
+
+// The lines of a document whose lines end with CR LF; text after the last
+// CR LF is the last line.
+inline std::vector<std::string> crlfLines(std::string const& text)
+{
+    std::vector<std::string> lines;
+    std::size_t start = 0, end;
+    while ((end = text.find("\r\n", start)) != std::string::npos)
+    {
+        lines.push_back(text.substr(start, end - start));
+        start = end + 2;
+    }
+    if (start < text.size())
+        lines.push_back(text.substr(start));
+    return lines;
+}
+
+// Compares line by line first, so that a failure names the line.
+inline void expectSameDocument(std::string const& actual, std::string const& wanted)
+{
+    std::vector<std::string> got = crlfLines(actual), want = crlfLines(wanted);
+    for (std::size_t i = 0; i < got.size() && i < want.size(); ++i)
+        EXPECT_EQ(got[i], want[i]) << "line " << i + 1;
+    EXPECT_EQ(got.size(), want.size());
+    EXPECT_TRUE(actual == wanted) << "the documents differ in their line ends";
+}
+
+// Writes the answers for `os` through Unattend and returns the file's bytes.
+inline std::string render(Collection::Unattend::EnUnattendOS os, Answers const& answers)
+{
+    TempDir dir;
+    Collection::Unattend unattend;
+    unattend.Load(os);
+    for (auto const& answer : answers)
+        unattend.Set(answer.first.c_str(), answer.second.c_str());
+    EXPECT_TRUE(unattend.writeToFile(dir.file("answers").c_str()));
+    return readFile(dir.file("answers"));
+}
+
+inline bool hasLine(std::string const& document, std::string const& line)
+{
+    for (auto const& each : crlfLines(document))
+        if (each == line)
+            return true;
+    return false;
+}
