@@ -211,10 +211,7 @@ void XMLAnswerFile::writeOobeSystem(AnswerFileText& out) const
         out.line(12, "<AutoLogon>");
         out.line(15, "<Enabled>true</Enabled>");
         out.line(15, element("LogonCount", m_logonCount));
-        out.line(15, "<Password>");
-        out.line(18, "<PlainText>true</PlainText>");
-        out.line(18, element("Value", m_adminPassword));
-        out.line(15, "</Password>");
+        writeAdminPassword(out, "Password");
         out.line(15, "<Username>Administrator</Username>");
         out.line(12, "</AutoLogon>");
     }
@@ -231,15 +228,20 @@ void XMLAnswerFile::writeOobeSystem(AnswerFileText& out) const
     if (!m_adminPassword.empty())
     {
         out.line(12, "<UserAccounts>");
-        out.line(15, "<AdministratorPassword>");
-        out.line(18, "<PlainText>true</PlainText>");
-        out.line(18, element("Value", m_adminPassword));
-        out.line(15, "</AdministratorPassword>");
+        writeAdminPassword(out, "AdministratorPassword");
         out.line(12, "</UserAccounts>");
     }
     out.line(8, "</component>");
     writeJoin(out);
     out.line(4, "</settings>");
+}
+
+void XMLAnswerFile::writeAdminPassword(AnswerFileText& out, char const* name) const
+{
+    out.line(15, Common::istring("<") + name + ">");
+    out.line(18, "<PlainText>true</PlainText>");
+    out.line(18, element("Value", m_adminPassword));
+    out.line(15, Common::istring("</") + name + ">");
 }
 
 void XMLAnswerFile::writeFirstLogonCommands(AnswerFileText& out) const

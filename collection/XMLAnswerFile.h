@@ -26,6 +26,8 @@ private:
     void writeWindowsPE(AnswerFileText& out) const;
     void writeSpecialize(AnswerFileText& out) const;
     void writeOobeSystem(AnswerFileText& out) const;
+    // The administrator password, in plain text, as the element `name`.
+    void writeAdminPassword(AnswerFileText& out, char const* name) const;
     void writeFirstLogonCommands(AnswerFileText& out) const;
     void writeJoin(AnswerFileText& out) const;
     // The start tag of a component named `name` for this architecture.
