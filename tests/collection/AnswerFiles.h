@@ -16,6 +16,30 @@
 
 typedef std::vector<std::pair<std::string, std::string>> Answers;
 
+// clang-format off
+// Every answer of the older family: the answers of expected/text-full.txt.
+Answers const olderFamilyFull = {
+    {"ComputerName", "SRV01"}, {"FullName", "Jane Doe"}, {"OrganizationName", "Velmar Ltd"},
+    {"AdminPassword", "Secret1"}, {"AutoLogonCount", "2"}, {"TimeZone", "85"},
+    {"SkipRegional", "1"}, {"JoinWorkgroup", "WG"}, {"JoinDomain", "corp.local"},
+    {"DomainAdmin", "CORP\\admin"}, {"DomainAdminPassword", "Pa55"},
+    {"ProductID", "ABCDE-12345-FGHIJ-67890-KLMNO"}, {"AutoMode", "PerServer"}, {"AutoUsers", "25"},
+    {"MassStorageDriver", "\"Velmar RAID Controller (Windows 2003)\" = \"OEM\""},
+    {"ExtendOemPartition", "1"}, {"FileSystem", "ConvertNTFS"}, {"SNMPMonitor", "public"},
+    {"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}, {"R2Run", "1"}, {"Rotate", "1"}};
+
+// Every answer of the newer family, for a Core image: the answers of
+// expected/xml-full-core-amd64.xml.
+Answers const newerFamilyFull = {
+    {"WIMVersion", "6.0.6002.18005"}, {"ImageName", "Windows Longhorn SERVERSTANDARDCORE"},
+    {"ComputerName", "SRV08"}, {"FullName", "Jane Doe"}, {"OrganizationName", "Velmar Ltd"},
+    {"AdminPassword", "Secret1"}, {"AutoLogonCount", "1"}, {"TimeZone", "Tokyo Standard Time"},
+    {"JoinDomain", "corp.local"}, {"DomainAdmin", "CORP\\admin"}, {"DomainAdminPassword", "Pa55"},
+    {"ProductID", "ABCDE-12345-FGHIJ-67890-KLMNO"}, {"Language", "ja-JP"}, {"Keyboard", "ja-JP"},
+    {"FirstLogonCommand", "cmd.exe /c C:\\setup\\first.cmd"}, {"SNMPMonitor", "public"},
+    {"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}, {"WMIEnabled", "Yes"}, {"Rotate", "1"}};
+// clang-format on
+
 class TempDir
 {
 public:

@@ -76,62 +76,50 @@ TEST(OSTree, WholeCatalogueInCatalogueOrderWhateverTheList)
 
 TEST(OSTree, EveryFolderCombination)
 {
+    // One entry of each folder without subfolders, in catalogue order.
     struct Leaf
     {
+        char const* folder;
         char const* osid;
-        std::string entry;
+        char const* name;
     };
     Leaf const leaves[] = {
-        {"580002", standard2003},
-        {"580016", entry("580016", "Microsoft Windows Server 2003 R2, Datacenter Edition")},
-        {"590002", entry("590002", "Microsoft Windows Server 2003, Enterprise x64 Edition")},
-        {"590010", entry("590010", "Microsoft Windows Server 2003 R2, Datacenter x64 Edition")},
-        {"5a0009", entry("5a0009", "Microsoft Windows Server 2008, Data Center Edition")},
-        {"5b0010", entry("5b0010", "Microsoft Windows Server 2008 x64, Data Center Edition "
-                                   "(ZR-Branded)")},
+        {"Microsoft Windows 2003", "580002", "Microsoft Windows Server 2003, Standard Edition"},
+        {"Microsoft Windows 2003 R2", "580016",
+         "Microsoft Windows Server 2003 R2, Datacenter Edition"},
+        {"Microsoft Windows 2003 (x64)", "590002",
+         "Microsoft Windows Server 2003, Enterprise x64 Edition"},
+        {"Microsoft Windows 2003 R2 (x64)", "590010",
+         "Microsoft Windows Server 2003 R2, Datacenter x64 Edition"},
+        {"Microsoft Windows 2008 x32 Edition", "5a0009",
+         "Microsoft Windows Server 2008, Data Center Edition"},
+        {"Microsoft Windows 2008 x64 Edition", "5b0010",
+         "Microsoft Windows Server 2008 x64, Data Center Edition (ZR-Branded)"},
     };
-    char const* const leafNames[] = {
-        "Microsoft Windows 2003",
-        "Microsoft Windows 2003 R2",
-        "Microsoft Windows 2003 (x64)",
-        "Microsoft Windows 2003 R2 (x64)",
-        "Microsoft Windows 2008 x32 Edition",
-        "Microsoft Windows 2008 x64 Edition",
-    };
-    auto joined = [](std::vector<std::string> const& parts)
-    {
-        std::string text;
-        for (auto const& part : parts)
-            text += (text.empty() ? "" : ",") + part;
-        return text;
-    };
+    char const* const groups[] = {"Microsoft Windows 2003 x32 Edition",
+                                  "Microsoft Windows 2003 x64 Edition"};
+    auto append = [](std::string& list, std::string const& item)
+    { list += (list.empty() ? "" : ",") + item; };
 
     for (unsigned mask = 0; mask < 64; ++mask)
     {
-        std::string list;
-        std::vector<std::string> leafFolders(6);
-        for (int i = 5; i >= 0; --i)
+        std::string offered, top, subfolders[2];
+        for (int i = 5; i >= 0; --i) // the list's order does not matter
+            if (mask & (1u << i))
+                offered += std::string(leaves[i].osid) + ",";
+        for (int i = 0; i < 6; ++i)
             if (mask & (1u << i))
             {
-                list += std::string(leaves[i].osid) + ",";
-                leafFolders[i] = folder(leafNames[i], leaves[i].entry);
+                std::string leaf = folder(leaves[i].folder, entry(leaves[i].osid, leaves[i].name));
+                append(i < 4 ? subfolders[i / 2] : top, leaf);
             }
-        std::vector<std::string> top;
-        for (int group = 0; group < 2; ++group)
-        {
-            std::vector<std::string> subfolders;
-            for (int i = 2 * group; i < 2 * group + 2; ++i)
-                if (!leafFolders[i].empty())
-                    subfolders.push_back(leafFolders[i]);
-            if (!subfolders.empty())
-                top.push_back(folder(group == 0 ? "Microsoft Windows 2003 x32 Edition"
-                                                : "Microsoft Windows 2003 x64 Edition",
-                                     joined(subfolders)));
-        }
-        for (int i = 4; i < 6; ++i)
-            if (!leafFolders[i].empty())
-                top.push_back(leafFolders[i]);
-        EXPECT_EQ(tree(list.c_str()), head + joined(top) + "]}") << "folders " << mask;
+        std::string grouped;
+        for (int g = 0; g < 2; ++g)
+            if (!subfolders[g].empty())
+                append(grouped, folder(groups[g], subfolders[g]));
+        if (!grouped.empty() && !top.empty())
+            grouped += ",";
+        EXPECT_EQ(tree(offered.c_str()), head + grouped + top + "]}") << "folders " << mask;
     }
 }
 

@@ -8,61 +8,10 @@ using Collection::Unattend;
 
 namespace
 {
-// Every parameter of the older family, with the values of text-full.txt.
-std::map<std::string, std::string> const olderFamilyFull = {
-    {"ComputerName", "SRV01"},
-    {"FullName", "Jane Doe"},
-    {"OrganizationName", "Velmar Ltd"},
-    {"AdminPassword", "Secret1"},
-    {"AutoLogonCount", "2"},
-    {"TimeZone", "85"},
-    {"SkipRegional", "1"},
-    {"JoinWorkgroup", "WG"},
-    {"JoinDomain", "corp.local"},
-    {"DomainAdmin", "CORP\\admin"},
-    {"DomainAdminPassword", "Pa55"},
-    {"ProductID", "ABCDE-12345-FGHIJ-67890-KLMNO"},
-    {"AutoMode", "PerServer"},
-    {"AutoUsers", "25"},
-    {"MassStorageDriver", "\"Velmar RAID Controller (Windows 2003)\" = \"OEM\""},
-    {"ExtendOemPartition", "1"},
-    {"FileSystem", "ConvertNTFS"},
-    {"SNMPMonitor", "public"},
-    {"SNMPControl", "private"},
-    {"SNMPTraps", "10.0.0.5"},
-    {"R2Run", "1"},
-    {"Rotate", "1"},
-};
-
-// Every parameter of the newer family, with the values of xml-full-core-amd64.xml.
-std::map<std::string, std::string> const newerFamilyFull = {
-    {"WIMVersion", "6.0.6002.18005"},
-    {"ImageName", "Windows Longhorn SERVERSTANDARDCORE"},
-    {"ComputerName", "SRV08"},
-    {"FullName", "Jane Doe"},
-    {"OrganizationName", "Velmar Ltd"},
-    {"AdminPassword", "Secret1"},
-    {"AutoLogonCount", "1"},
-    {"TimeZone", "Tokyo Standard Time"},
-    {"JoinDomain", "corp.local"},
-    {"DomainAdmin", "CORP\\admin"},
-    {"DomainAdminPassword", "Pa55"},
-    {"ProductID", "ABCDE-12345-FGHIJ-67890-KLMNO"},
-    {"Language", "ja-JP"},
-    {"Keyboard", "ja-JP"},
-    {"FirstLogonCommand", "cmd.exe /c C:\\setup\\first.cmd"},
-    {"SNMPMonitor", "public"},
-    {"SNMPControl", "private"},
-    {"SNMPTraps", "10.0.0.5"},
-    {"WMIEnabled", "Yes"},
-    {"Rotate", "1"},
-};
-
 // Runs the page with `parameters`, writing to `filename`; the ReturnCode.
-char page(std::string const& platform, std::map<std::string, std::string> parameters,
-          std::string const& filename)
+char page(std::string const& platform, Answers const& parameters, std::string const& filename)
 {
-    Query query{parameters};
+    Query query{{parameters.begin(), parameters.end()}};
     query.parameters["Platform"] = platform;
     query.parameters["Filename"] = filename;
     return Unattend::WriteFromRequest(query);

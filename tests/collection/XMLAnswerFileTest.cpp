@@ -86,42 +86,18 @@ TEST(XMLAnswerFile, EmptyAnswersOnBothArchitectures)
 
 TEST(XMLAnswerFile, FullAnswers)
 {
-    expectSameDocument(xml({{"WIMVersion", "6.0.6002.18005"},
-                            {"ImageName", "Windows Longhorn SERVERSTANDARDCORE"},
-                            {"ComputerName", "SRV08"},
-                            {"FullName", "Jane Doe"},
-                            {"OrganizationName", "Velmar Ltd"},
-                            {"AdminPassword", "Secret1"},
-                            {"AutoLogonCount", "1"},
-                            {"TimeZone", "Tokyo Standard Time"},
-                            {"JoinDomain", "corp.local"},
-                            {"DomainAdmin", "CORP\\admin"},
-                            {"DomainAdminPassword", "Pa55"},
-                            {"ProductID", "ABCDE-12345-FGHIJ-67890-KLMNO"},
-                            {"Language", "ja-JP"},
-                            {"Keyboard", "ja-JP"},
-                            {"FirstLogonCommand", "cmd.exe /c C:\\setup\\first.cmd"},
-                            {"SNMPMonitor", "public"},
-                            {"SNMPControl", "private"},
-                            {"SNMPTraps", "10.0.0.5"},
-                            {"Rotate", ""}},
-                           Unattend::W2K8_X64),
+    expectSameDocument(xml(newerFamilyFull, Unattend::W2K8_X64),
                        expected("xml-full-core-amd64.xml"));
     // Present but empty values stay empty; absent ones take their defaults.
-    expectSameDocument(xml({{"ImageName", "Windows SBS 2008 Standard"},
-                            {"ComputerName", ""},
-                            {"OrganizationName", "Velmar Ltd"},
-                            {"AutoLogonCount", "3"},
-                            {"TimeZone", ""},
-                            {"JoinWorkgroup", "WORKGROUP"},
-                            {"JoinDomain", "corp.local"},
-                            {"DomainAdmin", "admin"},
-                            {"DomainAdminPassword", "x"},
-                            {"Keyboard", "de-DE"},
-                            {"FirstLogonCommand", ""},
-                            {"SNMPMonitor", "public"},
-                            {"WMIEnabled", "Yes"}}),
-                       expected("xml-sbs-workgroup-x86.xml"));
+    // clang-format off
+    Answers const sbsWorkgroup = {
+        {"ImageName", "Windows SBS 2008 Standard"}, {"ComputerName", ""},
+        {"OrganizationName", "Velmar Ltd"}, {"AutoLogonCount", "3"}, {"TimeZone", ""},
+        {"JoinWorkgroup", "WORKGROUP"}, {"JoinDomain", "corp.local"}, {"DomainAdmin", "admin"},
+        {"DomainAdminPassword", "x"}, {"Keyboard", "de-DE"}, {"FirstLogonCommand", ""},
+        {"SNMPMonitor", "public"}, {"WMIEnabled", "Yes"}};
+    // clang-format on
+    expectSameDocument(xml(sbsWorkgroup), expected("xml-sbs-workgroup-x86.xml"));
 }
 
 TEST(XMLAnswerFile, ExactLetterCaseDecidesPackageKeyboardAndWmi)
