@@ -1,4 +1,4 @@
-// Numbers, hexadecimal text, addresses, dates and byte order (Part 7.2).
+// Numbers, hexadecimal text, addresses, dates and byte order.
 // Base64 and UTF-8 cleaning are in TextEncoding.cpp.
 #include "common/Conversion.h"
 

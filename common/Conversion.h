@@ -1,6 +1,6 @@
 #pragma once
 
-// Conversion helpers (Part 7.2): free functions that turn raw values into text
+// Conversion helpers: free functions that turn raw values into text
 // and back. Everything takes and returns Common::string. Nothing keeps state
 // except the base64 alphabet.
 //
@@ -34,7 +34,8 @@ unsigned char clampPercentage(unsigned char const& p);
 
 // Least common multiple. Our choice for a zero operand (callers never pass
 // one): it counts as 1, so leastCommonMultiple(0, b) is b and (0, 0) is 1.
-// The result equals the specified stepping loop whenever the true least
+// The result equals the stepping loop (add the smaller multiple until both
+// agree) whenever the true least
 // common multiple fits in 32 bits; beyond that it wraps modulo 2^32 (computed
 // through the greatest common divisor, so it is fast for any input).
 unsigned int leastCommonMultiple(unsigned int const& a, unsigned int const& b);
@@ -86,7 +87,7 @@ Common::string toString(int const& value);
 Common::string toString(long const& value);
 Common::string toString(long long const& value);
 
-// Decimal parsing (our choices for what Part 7.2 leaves open):
+// Decimal parsing, as defined here:
 // - Leading blanks (space and tab only) are skipped.
 // - No sign is accepted: "+5" and "-5" have no digits.
 // - The longest run of decimal digits that follows is read; anything after it

@@ -16,7 +16,7 @@ extern unsigned long s_gTotalHeapMemory;
 // does not log on its own).
 unsigned long LogTotalHeapMemory(std::FILE* out = nullptr);
 
-// The global memory pool (spec Part 7.5).
+// The global memory pool.
 //
 // One block of 10 segments x 65,535 bytes is taken from the global operator new
 // on first use and never returned. Segment i starts at pool + i * 65,535.
@@ -47,7 +47,7 @@ unsigned long LogTotalHeapMemory(std::FILE* out = nullptr);
 // The placement forms taking a GlobalStaticAllocator* ignore that pointer (the
 // pool is one process-wide pool) and behave like the plain forms.
 //
-// Thread safety (our choice, beyond the spec, whose original had none): every
+// Thread safety: every
 // public operation, and every operation of every LocalStaticAllocator pool,
 // runs under one process-wide recursive pthread mutex, so allocations and
 // releases from several threads at once are safe. Guard lets callers hold that
@@ -116,7 +116,7 @@ public:
     static void operator delete(void* p, GlobalStaticAllocator* allocator);
     static void operator delete[](void* p, GlobalStaticAllocator* allocator);
 
-    // Writes the dump of Part 7.5 ("<MemoryPool><Address>0x...</Address>
+    // Writes the pool's dump ("<MemoryPool><Address>0x...</Address>
     // <Segment><Index>0x0</Index><Address>..</Address><FreeListCount>..
     // </FreeListCount><FreeListNode><Size>..</Size><NextOffset>..</NextOffset>
     // </FreeListNode>...<FreeSpace>..</FreeSpace></Segment>...</MemoryPool>",

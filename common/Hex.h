@@ -1,6 +1,6 @@
 #pragma once
 
-// Upper-case hexadecimal fields of fixed width (Part 2.2's inventory
+// Upper-case hexadecimal fields of fixed width (the storage inventory's
 // attributes, the names database keys): a byte as "%02X", a word as "%04X",
 // a double word as "%08X".
 

@@ -78,12 +78,12 @@ template <class T, unsigned N> void* LocalStaticPool<T, N>::s_free = nullptr;
 template <class T, unsigned N> unsigned LocalStaticPool<T, N>::s_fresh = 0;
 template <class T, unsigned N> unsigned LocalStaticPool<T, N>::s_inUse = 0;
 
-// The per-class pool of Part 7.5, used as a base class:
+// A per-class pool, used as a base class:
 //     class Element : public Common::LocalStaticAllocator<Element, 200, 8> { ... };
 // It adds no data members: it only gives T its class-level
 // operator new(size_t) and operator delete(void*, size_t).
 //
-// Policy 8 (the only policy; our choice, the spec leaves it open):
+// Policy 8 (the only policy there is):
 //  1. An object comes from T's own pool of N slots of sizeof(T) (static
 //     storage, reserved with the program, never freed) while a slot is free.
 //  2. When all N slots are in use (or the object is larger than a slot, as for

@@ -1,4 +1,4 @@
-// Base64 (RFC 4648) and UTF-8 cleaning (Part 7.2).
+// Base64 (RFC 4648) and UTF-8 cleaning.
 #include "common/Conversion.h"
 
 namespace

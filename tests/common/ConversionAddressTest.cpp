@@ -1,4 +1,4 @@
-// Part 7.2: MAC, IPv4 and date formats, byte order.
+// MAC, IPv4 and date formats, byte order.
 #include "common/Conversion.h"
 
 #include "ConversionTestSupport.h"

@@ -1,4 +1,4 @@
-// Part 7.2: numbers, decimal and hexadecimal text.
+// Numbers, decimal and hexadecimal text.
 #include "common/Conversion.h"
 #include "common/Hex.h"
 
@@ -47,7 +47,7 @@ TEST(ClampPercentage, EveryByteFollowsTheRemainderRule)
 
 // --- leastCommonMultiple ---------------------------------------------------
 
-// The loop of Part 7.2, for comparison.
+// The plain stepping loop, for comparison.
 unsigned lcmLoop(unsigned a, unsigned b)
 {
     unsigned x = a, y = b;
@@ -394,7 +394,7 @@ TEST(InHex, FixedWidthUpperCase)
 
 TEST(InHex, BoardKeyShape)
 {
-    // Part 2.1: "%04X%04X%08X" of vendor, device and subsystem.
+    // The names database key: "%04X%04X%08X" of vendor, device and subsystem.
     Common::string key = IN_HEX_4(0x8086) + IN_HEX_4(0x2922) + IN_HEX_8(0x103C3209u);
     EXPECT_EQ(bytes(key), "80862922103C3209");
 }

@@ -106,7 +106,7 @@ inline unsigned needFor(unsigned n)
     return n < 2 ? 4 : n + 2;
 }
 
-// The allocation rules of Part 7.5 on a plain list of free intervals, kept
+// The pool's allocation rules on a plain list of free intervals, kept
 // fully coalesced. Predicts where the next allocation lands.
 class Model
 {

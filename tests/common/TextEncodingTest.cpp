@@ -1,4 +1,4 @@
-// Part 7.2: base64 and UTF-8 cleaning.
+// Base64 and UTF-8 cleaning.
 #include "common/Conversion.h"
 
 #include "ConversionTestSupport.h"
