@@ -6,7 +6,8 @@ namespace Common
 {
 
 // Writes to a file: appended to when `append` is true, else the file is
-// replaced (truncated). A new file gets mode 0644, less the umask.
+// replaced (truncated). A new file gets mode 0644, less the umask. Files may
+// grow beyond 2 GiB.
 class OutputStreamToFile : public OutputStream
 {
 public:
