@@ -1,5 +1,6 @@
 #include "common/filesystem/CopyPlan.h"
 
+#include "common/OutputStreamToFile.h"
 #include "common/filesystem/CopyProgress.h"
 #include "common/filesystem/Filesystem.h"
 #include "common/filesystem/FolderNames.h"
@@ -49,23 +50,8 @@ bool isFolder(string const& path)
     return ::stat64(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool writeAll(int descriptor, char const* bytes, unsigned length)
-{
-    while (length > 0)
-    {
-        ssize_t written = ::write(descriptor, bytes, length);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes += written;
-        length -= static_cast<unsigned>(written);
-    }
-    return true;
-}
-
 // Copies the bytes of `from` into `to` through `buffer`, reporting each chunk.
-bool copyBytes(int from, int to, char* buffer, CopyProgress* progress)
+bool copyBytes(int from, OutputStream& to, char* buffer, CopyProgress* progress)
 {
     for (;;)
     {
@@ -76,36 +62,38 @@ bool copyBytes(int from, int to, char* buffer, CopyProgress* progress)
             return false;
         if (got == 0)
             return true;
-        if (!writeAll(to, buffer, static_cast<unsigned>(got)))
+        if (!to.Accept(buffer, static_cast<unsigned>(got)))
             return false;
         if (progress)
             progress->BytesCopied(static_cast<unsigned>(got));
     }
 }
 
+// True when `path` names the file whose status is `opened`.
+bool isSameFile(string const& path, struct stat64 const& opened)
+{
+    struct stat64 status;
+    return ::stat64(path.c_str(), &status) == 0 && status.st_dev == opened.st_dev &&
+           status.st_ino == opened.st_ino;
+}
+
 // Copies one regular file, replacing `target`; the target gets the source's
 // permission bits. Refuses when `target` is the source itself, which opening
-// it for writing would truncate.
+// it for writing would empty.
 bool copyFile(string const& source, string const& target, CopyProgress* progress)
 {
     int from = ::open(source.c_str(), O_RDONLY | O_LARGEFILE | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (from < 0)
         return false;
     struct stat64 opened;
-    struct stat64 existing;
     bool copied = false;
-    if (::fstat64(from, &opened) == 0 && S_ISREG(opened.st_mode) &&
-        !(::stat64(target.c_str(), &existing) == 0 && existing.st_dev == opened.st_dev &&
-          existing.st_ino == opened.st_ino))
+    if (::fstat64(from, &opened) == 0 && S_ISREG(opened.st_mode) && !isSameFile(target, opened))
     {
-        int to = ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_LARGEFILE | O_CLOEXEC,
-                        opened.st_mode & 0777);
+        OutputStreamToFile to(target, false);
         char* buffer = new (std::nothrow) char[kChunk];
-        if (to >= 0 && buffer)
-            copied = copyBytes(from, to, buffer, progress);
+        copied = to.isOpen() && buffer && copyBytes(from, to, buffer, progress) &&
+                 ::chmod(target.c_str(), opened.st_mode & 0777) == 0;
         delete[] buffer;
-        if (to >= 0 && ::close(to) != 0)
-            copied = false;
     }
     ::close(from);
     return copied;
