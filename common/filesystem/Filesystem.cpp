@@ -56,6 +56,9 @@ string parentOf(string const& path)
 
 bool getContents(string const& path, string& text)
 {
+    struct stat64 status;
+    if (::stat64(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return false;
     return InputStreamFromFile(path).readBuffer(text);
 }
 

@@ -13,7 +13,9 @@ namespace Filesystem
 // path by value clean it first: runs of "/" become one "/" (and remove and
 // createDirectory also turn backslashes into "/").
 
-// The whole file in `text`; true if the file could be opened (a folder cannot).
+// The whole file in `text`; true if the file could be opened. Only regular
+// files are read (links followed): a folder, a FIFO (which would wait for a
+// writer) or a device (which may never end) gives false.
 bool getContents(string const& path, string& text);
 
 // True if the path opens for reading. A folder opens too, so this is true for

@@ -55,10 +55,15 @@ TEST(Filesystem, ReadsContentsAndSizes)
     text = "untouched";
     EXPECT_FALSE(fs::getContents(scratch.at("missing"), text));
     EXPECT_FALSE(fs::getContents(scratch.at("folder"), text));
+    ASSERT_EQ(0, ::mkfifo(scratch.path("fifo").c_str(), 0600));
+    EXPECT_FALSE(fs::getContents(scratch.at("fifo"), text)); // no writer: would wait
+    EXPECT_FALSE(fs::getContents("/dev/zero", text));        // would never end
     EXPECT_EQ(string("untouched"), text);
 
     EXPECT_EQ(14, fs::getFileSize(scratch.at("file")));
     EXPECT_EQ(14, fs::getFileSize(scratch.at("link")));
+    ASSERT_TRUE(fs::getContents(scratch.at("link"), text));
+    EXPECT_EQ(14u, text.size());
     EXPECT_EQ(0, fs::getFileSize(scratch.at("missing")));
 
     // A sparse file beyond 4 GiB: the size needs all 64 bits.
