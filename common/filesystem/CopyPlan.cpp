@@ -44,6 +44,12 @@ string folderPart(string const& path, unsigned slash)
     return slash == 0 ? string("/") : path.substr(0, slash);
 }
 
+bool exists(string const& path)
+{
+    struct stat64 status;
+    return ::stat64(path.c_str(), &status) == 0;
+}
+
 bool isFolder(string const& path)
 {
     struct stat64 status;
@@ -116,8 +122,7 @@ CopyPlan::CopyPlan(string const& source, string const& destination)
         planMatches(from, match, to);
         return;
     }
-    struct stat64 status;
-    if (::stat64(from.c_str(), &status) != 0)
+    if (!exists(from))
     {
         m_complete = false;
         return;
