@@ -3,15 +3,13 @@
 #include "common/List.h"
 #include "common/String.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <string>
 
-// A fresh folder below /tmp for one test, removed with everything in it when
-// the test ends.
+// A fresh folder below /tmp for one test, removed with all it holds at the end.
 class ScratchFolder
 {
 public:
@@ -25,18 +23,18 @@ public:
         std::error_code ignored;
         std::filesystem::remove_all(m_path, ignored);
     }
-    ScratchFolder(ScratchFolder const&) = delete;
-    ScratchFolder& operator=(ScratchFolder const&) = delete;
 
-    std::string path(std::string const& relative = "") const
+    std::string path(std::string const& relative = "") const { return m_path + "/" + relative; }
+    Common::string at(std::string const& relative = "") const { return path(relative).c_str(); }
+    bool exists(std::string const& relative) const
     {
-        return relative.empty() ? m_path : m_path + "/" + relative;
+        std::error_code ignored;
+        return std::filesystem::exists(std::filesystem::symlink_status(path(relative), ignored));
     }
-    Common::string at(std::string const& relative = "") const
+    void makeFolder(std::string const& relative) const
     {
-        return Common::string(path(relative).c_str());
+        std::filesystem::create_directories(path(relative));
     }
-
     void write(std::string const& relative, std::string const& bytes) const
     {
         std::filesystem::create_directories(std::filesystem::path(path(relative)).parent_path());
@@ -47,27 +45,22 @@ public:
         std::ifstream in(path(relative), std::ios::binary);
         return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
     }
-    void makeFolder(std::string const& relative) const
-    {
-        std::filesystem::create_directories(path(relative));
-    }
-    bool exists(std::string const& relative) const
-    {
-        std::error_code ignored;
-        return std::filesystem::exists(std::filesystem::symlink_status(path(relative), ignored));
-    }
 
 private:
     std::string m_path;
 };
 
-// The texts of a Common::list, for comparing listings whose order is the
-// folder's own.
+inline std::string text(Common::string const& s)
+{
+    return std::string(s.c_str(), s.size());
+}
+
+// The texts of a list whose order is the folder's own.
 inline std::multiset<std::string> asSet(Common::list<Common::string> const& names)
 {
     std::multiset<std::string> set;
     for (Common::list<Common::string>::const_iterator name = names.begin(); name != names.end();
          ++name)
-        set.insert(std::string(name->c_str(), name->size()));
+        set.insert(text(*name));
     return set;
 }
