@@ -1,0 +1,88 @@
+#pragma once
+
+#include "common/List.h"
+#include "common/Map.h"
+#include "common/SharedPtr.h"
+#include "common/String.h"
+
+namespace Common
+{
+namespace XML
+{
+
+class Parser;
+class XMLParser;
+
+// One node of an XML element tree (Part 7.3): a tag, the character data that
+// follows the start tag, attributes unique by name in ascending name order
+// (Common::string's operator<), and child elements in insertion order.
+//
+// A tree owns its children through Common::shared_ptr; the same element may
+// be the child of several parents, but a tree must not contain a cycle (an
+// element that is its own descendant is never freed and makes the writer loop
+// forever). Destruction is iterative: tearing down a tree of any depth uses a
+// fixed amount of stack. Not thread-safe (plain reference counts, Part 7.1).
+//
+// POOL: derive from Common::LocalStaticAllocator<Element, 200, 8>
+class Element
+{
+public:
+    typedef Common::map<Common::string, Common::string> Attributes;
+    typedef Common::list<Common::shared_ptr<Element> > Elements;
+    typedef Attributes::const_iterator AttributeIterator;
+    typedef Elements::const_iterator ElementIterator;
+
+    // A new element with that tag, empty text, no attributes, no children.
+    explicit Element(const Common::string& tag);
+    ~Element();
+
+    Common::string tag() const { return m_tag; }
+    Common::string text() const { return m_text; }
+    void Tag(const Common::string& tag) { m_tag = tag; }
+    void Text(const Common::string& text) { m_text = text; }
+
+    // Inserts the attribute, or replaces the value of one with that name.
+    void Attribute(const Common::string& name, const Common::string& value);
+    // The value, or "" when absent.
+    Common::string attribute(const Common::string& name) const;
+    bool hasAttribute(const Common::string& name) const;
+    void RemoveAttribute(const Common::string& name);
+    // (name, value) pairs in ascending name order.
+    AttributeIterator attributeBegin() const { return m_attributes.begin(); }
+    AttributeIterator attributeEnd() const { return m_attributes.end(); }
+
+    // Appends a child at the end.
+    void AddElement(Common::shared_ptr<Element> element);
+    // Removes every child that is this very object (pointer identity; an
+    // element with equal content is a different object and stays).
+    void RemoveElement(Common::shared_ptr<Element> element);
+    // The first child whose tag equals `tag` exactly (case-sensitive); when
+    // there is none, a new detached element with the tag "null" (never an
+    // empty pointer, never attached to this tree).
+    Common::shared_ptr<Element> getElement(const Common::string& tag) const;
+    bool hasElement(const Common::string& tag) const;
+    // The children in order.
+    ElementIterator elementBegin() const { return m_children.begin(); }
+    ElementIterator elementEnd() const { return m_children.end(); }
+
+private:
+    friend class Parser;
+    friend class XMLParser;
+
+    Element(const Element&) = delete;
+    Element& operator=(const Element&) = delete;
+
+    // For the parser: the text is shared, not built.
+    Element(const Common::string& tag, const Common::string& text);
+
+    // Releases `children` and their subtrees without recursion (see the .cpp).
+    static void tearDown(Elements& children, Elements& deferred);
+
+    Common::string m_tag;
+    Common::string m_text;
+    Attributes m_attributes;
+    Elements m_children;
+};
+
+} // namespace XML
+} // namespace Common
