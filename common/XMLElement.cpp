@@ -6,7 +6,20 @@ namespace XML
 {
 namespace
 {
-bool hasChildren(const Element::Elements& children) { return children.begin() != children.end(); }
+// Asking an untouched list for its first element allocates its sentinel
+// (Part 7.1); should that fail, the list was untouched and so empty. This
+// keeps destructors from throwing.
+bool hasChildren(const Element::Elements& children)
+{
+    try
+    {
+        return children.begin() != children.end();
+    }
+    catch (...)
+    {
+        return false;
+    }
+}
 } // namespace
 
 Element::Element(const Common::string& tag) : m_tag(tag), m_text() {}
@@ -26,6 +39,10 @@ Element::Element(const Common::string& tag, const Common::string& text) : m_tag(
 // the `deferred` list, so that when its other holders turn out to be in this
 // same subtree (the same element added twice), it is still torn down here,
 // iteratively, once the last of them has let go.
+//
+// The frames and the deferred list take memory. Should that run out, the
+// child concerned is simply released, which tears its subtree down through
+// its own destructor (recursion, but no failure).
 namespace
 {
 struct Frame
@@ -35,12 +52,43 @@ struct Frame
     Element::Elements* children;
     Element::Elements::iterator at;
 };
+
+bool push(Common::list<Frame>& stack, Element::Elements* children)
+{
+    try
+    {
+        stack.insert(stack.begin(), Frame(children));
+        return true;
+    }
+    catch (...)
+    {
+        return false;
+    }
+}
+
+bool defer(Element::Elements& deferred, const Common::shared_ptr<Element>& element)
+{
+    try
+    {
+        deferred.push_back(element);
+        return true;
+    }
+    catch (...)
+    {
+        return false;
+    }
+}
 } // namespace
 
-void Element::tearDown(Elements& children, Elements& deferred)
+bool Element::tearDown(Elements& children, Elements& deferred)
 {
+    bool deferredAny = false;
     Common::list<Frame> stack; // front: the innermost list being emptied
-    stack.insert(stack.begin(), Frame(&children));
+    if (!push(stack, &children))
+    {
+        children.clear();
+        return false;
+    }
     while (stack.begin() != stack.end())
     {
         Frame& top = *stack.begin();
@@ -61,13 +109,15 @@ void Element::tearDown(Elements& children, Elements& deferred)
         {
             if (top.at->use_count() == 1)
             {
-                stack.insert(stack.begin(), Frame(&child->m_children));
-                continue;
+                if (push(stack, &child->m_children))
+                    continue;
             }
-            deferred.push_back(*top.at);
+            else if (defer(deferred, *top.at))
+                deferredAny = true;
         }
         top.at = top.children->erase(top.at);
     }
+    return deferredAny;
 }
 
 Element::~Element()
@@ -75,7 +125,8 @@ Element::~Element()
     if (!hasChildren(m_children))
         return;
     Elements deferred;
-    tearDown(m_children, deferred);
+    if (!tearDown(m_children, deferred))
+        return;
     while (deferred.begin() != deferred.end())
     {
         Common::shared_ptr<Element> next = *deferred.begin();

@@ -75,8 +75,9 @@ private:
     // For the parser: the text is shared, not built.
     Element(const Common::string& tag, const Common::string& text);
 
-    // Releases `children` and their subtrees without recursion (see the .cpp).
-    static void tearDown(Elements& children, Elements& deferred);
+    // Releases `children` and their subtrees without recursion (see the
+    // .cpp); true when it put something on `deferred`.
+    static bool tearDown(Elements& children, Elements& deferred);
 
     Common::string m_tag;
     Common::string m_text;

@@ -1,0 +1,363 @@
+// Round trips of the documents the system reads and writes (Parts 1.1, 2.1,
+// 2.2): the PCI names database, the storage inventory and the configuration
+// file TIDEWELL.XML; and of generated trees.
+#include "XMLTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <random>
+
+using namespace XMLTest;
+
+namespace
+{
+
+// Part 2.1's lookup, written against the Element interface as AllBoards uses
+// it: the last "dev" whose "id" equals the key and that has a "name" wins.
+std::string deviceName(ElementPtr const& root, unsigned vendor, unsigned device, unsigned subsystem)
+{
+    std::string result = "Integrated PCI IDE Controller";
+    if (!root->hasElement("PCI"))
+        return result;
+    char key[32];
+    std::snprintf(key, sizeof key, "%04X%04X%08X", vendor, device, subsystem);
+    ElementPtr pci = root->getElement("PCI");
+    for (auto it = pci->elementBegin(); it != pci->elementEnd(); ++it)
+    {
+        ElementPtr dev = *it;
+        if (dev->tag() == "dev" && dev->hasAttribute("id") && dev->attribute("id") == key &&
+            dev->hasElement("name"))
+            result = str(dev->getElement("name")->text());
+    }
+    return result;
+}
+
+// Re-parsing what the writer wrote gives a tree that is written the same.
+void expectWriterFixpoint(Common::string const& document)
+{
+    std::string once = write(parse(document));
+    EXPECT_EQ(once, write(parse(once.c_str())));
+}
+
+const char* const kNamesDatabase = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                   "<!-- PCI names database -->\n"
+                                   "<AllBoards>\n"
+                                   "  <PCI>\n"
+                                   "    <dev id=\"0E11B0600E114030\">\n"
+                                   "      <name>Smart Array 5i/532</name>\n"
+                                   "    </dev>\n"
+                                   "    <dev id=\"1A2B00C13C4DABCD\">\n"
+                                   "      <name>Example Board</name>\n"
+                                   "    </dev>\n"
+                                   "    <dev id=\"1a2b00c100000000\"><name>lower case</name></dev>\n"
+                                   "    <dev id=\"8086100E00000000\"><name></name></dev>\n"
+                                   "    <dev id=\"1A2B00C13C4DABCD\">\n"
+                                   "      <name>Example Board, later entry</name>\n"
+                                   "    </dev>\n"
+                                   "    <dev id=\"1A2B00C13C4DABCD\"><other/></dev>\n"
+                                   "    <dev id=\"10DE000000000000\"><name>R&amp;D &lt;1&gt;</name></dev>\n"
+                                   "  </PCI>\n"
+                                   "</AllBoards>\n";
+
+TEST(XMLRoundTripNamesDatabase, ParsesToTheDatabaseTree)
+{
+    ElementPtr root = parse(kNamesDatabase);
+    EXPECT_EQ("AllBoards", str(root->tag()));
+    EXPECT_EQ("PCI", childTags(root));
+    ElementPtr pci = root->getElement("PCI");
+    EXPECT_EQ(7u, childCount(pci));
+    EXPECT_EQ("id=0E11B0600E114030", attributes(child(pci, 0)));
+    EXPECT_EQ("name", childTags(child(pci, 0)));
+}
+
+TEST(XMLRoundTripNamesDatabase, LookupsFollowPart21)
+{
+    ElementPtr root = parse(kNamesDatabase);
+    EXPECT_EQ("Smart Array 5i/532", deviceName(root, 0x0E11, 0xB060, 0x0E114030));
+    // Equal keys: the later named entry wins; one without "name" is skipped.
+    EXPECT_EQ("Example Board, later entry", deviceName(root, 0x1A2B, 0x00C1, 0x3C4DABCD));
+    // Lower-case hex in the file never matches.
+    EXPECT_EQ("Integrated PCI IDE Controller", deviceName(root, 0x1A2B, 0x00C1, 0));
+    EXPECT_EQ("", deviceName(root, 0x8086, 0x100E, 0));
+    EXPECT_EQ("R&amp;D &lt;1&gt;", deviceName(root, 0x10DE, 0, 0));
+    EXPECT_EQ("Integrated PCI IDE Controller", deviceName(root, 0x1234, 0x5678, 0));
+    EXPECT_EQ("Integrated PCI IDE Controller", deviceName(parse("<AllBoards></AllBoards>"), 0, 0, 0));
+}
+
+TEST(XMLRoundTripNamesDatabase, WrittenOnOneLineAndReadBackTheSame)
+{
+    ElementPtr root = element("AllBoards");
+    ElementPtr pci = element("PCI");
+    root->AddElement(pci);
+    const char* ids[] = {"0E11B0600E114030", "1A2B00C13C4DABCD"};
+    const char* names[] = {"Smart Array 5i/532", "Example Board"};
+    for (int i = 0; i < 2; ++i)
+    {
+        ElementPtr dev = element("dev");
+        dev->Attribute("id", ids[i]);
+        ElementPtr name = element("name");
+        name->Text(names[i]);
+        dev->AddElement(name);
+        pci->AddElement(dev);
+    }
+    const std::string expected = "<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>Smart Array "
+                                 "5i/532</name></dev><dev id=\"1A2B00C13C4DABCD\"><name>Example "
+                                 "Board</name></dev></PCI></AllBoards>";
+    EXPECT_EQ(expected, write(root));
+    ElementPtr again = parse(expected.c_str());
+    EXPECT_EQ(expected, write(again));
+    EXPECT_EQ("Example Board", deviceName(again, 0x1A2B, 0x00C1, 0x3C4DABCD));
+}
+
+TEST(XMLRoundTripNamesDatabase, IndentedFileReachesAFixpointAfterOneWrite)
+{
+    expectWriterFixpoint(kNamesDatabase);
+    // White-space text of elements with children is not written.
+    EXPECT_EQ(0u, write(parse(kNamesDatabase)).find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>"));
+}
+
+// One storage controller with two disks and one without, as Part 2.2 builds.
+ElementPtr storageInventory()
+{
+    ElementPtr root = element("AllStorage");
+    struct Controller
+    {
+        const char* index;
+        const char* name;
+        const char* bus;
+        const char* vendor;
+        const char* device;
+        const char* subclass;
+        const char* subsystem;
+        const char* slot;
+        int disks;
+    } controllers[] = {
+        {"0", "Smart Array 5i/532", "02", "0E11", "B060", "04", "0E114030", "0", 2},
+        {"1", "Integrated PCI IDE Controller", "00", "8086", "24DB", "01", "0E1100B8", "0", 0},
+    };
+    for (const Controller& c : controllers)
+    {
+        ElementPtr device = element("PCIDevice");
+        device->Attribute("Index", c.index);
+        device->Attribute("Name", c.name);
+        device->Attribute("Bus", c.bus);
+        device->Attribute("Device", "00");
+        device->Attribute("Function", "00");
+        device->Attribute("VendorID", c.vendor);
+        device->Attribute("DeviceID", c.device);
+        device->Attribute("ClassCode", "01");
+        device->Attribute("SubClassCode", c.subclass);
+        device->Attribute("SubsystemID", c.subsystem);
+        device->Attribute("Slot", c.slot);
+        device->Attribute("BootOrder", c.index);
+        root->AddElement(device);
+        for (int d = 0; d < c.disks; ++d)
+        {
+            ElementPtr disk = element("BlockDevice");
+            disk->Attribute("Index", d == 0 ? "0" : "1");
+            disk->Attribute("DeviceNode", d == 0 ? "/dev/cciss/c0d0" : "/dev/cciss/c0d1");
+            disk->Attribute("DriveNumber", d == 0 ? "1" : "2");
+            disk->Attribute("Removable", "0");
+            disk->Attribute("Size", d == 0 ? "73407865856" : "146815733760");
+            device->AddElement(disk);
+        }
+        device->Attribute("BlockDeviceCount", c.disks == 2 ? "2" : "0");
+    }
+    root->Attribute("PCIDeviceCount", "2");
+    return root;
+}
+
+const char* const kStorageInventory =
+    "<AllStorage PCIDeviceCount=\"2\">"
+    "<PCIDevice BlockDeviceCount=\"2\" BootOrder=\"0\" Bus=\"02\" ClassCode=\"01\" Device=\"00\" "
+    "DeviceID=\"B060\" Function=\"00\" Index=\"0\" Name=\"Smart Array 5i/532\" Slot=\"0\" "
+    "SubClassCode=\"04\" SubsystemID=\"0E114030\" VendorID=\"0E11\">"
+    "<BlockDevice DeviceNode=\"/dev/cciss/c0d0\" DriveNumber=\"1\" Index=\"0\" Removable=\"0\" "
+    "Size=\"73407865856\"/>"
+    "<BlockDevice DeviceNode=\"/dev/cciss/c0d1\" DriveNumber=\"2\" Index=\"1\" Removable=\"0\" "
+    "Size=\"146815733760\"/>"
+    "</PCIDevice>"
+    "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"1\" Bus=\"00\" ClassCode=\"01\" Device=\"00\" "
+    "DeviceID=\"24DB\" Function=\"00\" Index=\"1\" Name=\"Integrated PCI IDE Controller\" "
+    "Slot=\"0\" SubClassCode=\"01\" SubsystemID=\"0E1100B8\" VendorID=\"8086\"/>"
+    "</AllStorage>";
+
+TEST(XMLRoundTripStorageInventory, WrittenWithAttributesInNameOrderOnOneLine)
+{
+    EXPECT_EQ(kStorageInventory, write(storageInventory()));
+}
+
+TEST(XMLRoundTripStorageInventory, ReadBackItIsWrittenIdentically)
+{
+    ElementPtr root = parse(kStorageInventory);
+    EXPECT_EQ(kStorageInventory, write(root));
+    EXPECT_EQ("2", str(root->attribute("PCIDeviceCount")));
+    EXPECT_EQ("PCIDevice,PCIDevice", childTags(root));
+    ElementPtr first = child(root, 0);
+    EXPECT_EQ("Smart Array 5i/532", str(first->attribute("Name")));
+    EXPECT_EQ("BlockDevice,BlockDevice", childTags(first));
+    EXPECT_EQ("/dev/cciss/c0d1", str(child(first, 1)->attribute("DeviceNode")));
+}
+
+TEST(XMLRoundTripStorageInventory, WithADeclarationAndLineBreaksAddedByACaller)
+{
+    std::string decorated = std::string("<?xml version=\"1.0\"?>\r\n") + kStorageInventory + "\r\n";
+    EXPECT_EQ(kStorageInventory, write(parse(decorated.c_str())));
+}
+
+TEST(XMLRoundTripStorageInventory, NoControllersIsAnEmptyElementTag)
+{
+    ElementPtr root = element("AllStorage");
+    root->Attribute("PCIDeviceCount", "0");
+    EXPECT_EQ("<AllStorage PCIDeviceCount=\"0\"/>", write(root));
+    // Read back, a lone empty-element tag leaves the root empty (Part 7.3,
+    // Parse step 4): no current element ever exists.
+    EXPECT_TRUE(isEmptyRoot(parse("<AllStorage PCIDeviceCount=\"0\"/>")));
+}
+
+TEST(XMLRoundTripStorageInventory, NamesWithMarkupCharactersAreWrittenRaw)
+{
+    ElementPtr root = element("AllStorage");
+    ElementPtr device = element("PCIDevice");
+    device->Attribute("Name", "R&D <SAS> \"x\"");
+    root->AddElement(device);
+    EXPECT_EQ("<AllStorage><PCIDevice Name=\"R&D <SAS> \"x\"\"/></AllStorage>", write(root));
+}
+
+const char* const kConfiguration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                                   "<!-- Tidewell extension configuration -->\r\n"
+                                   "<Tidewell>\r\n"
+                                   "\t<ExtensionModule value=\"C:\\Program Files\\Tidewell\\tidewell.so\"/>\r\n"
+                                   "\t<WorkingDir value=\"C:\\Tidewell\\\"/>\r\n"
+                                   "\t<UrlBase value=\"zrmedia://Tidewell/content\"/>\r\n"
+                                   "</Tidewell>\r\n";
+
+TEST(XMLRoundTripConfiguration, TheThreeSettingsAreReadAsPart11ReadsThem)
+{
+    ElementPtr root = parse(kConfiguration);
+    EXPECT_EQ("Tidewell", str(root->tag()));
+    EXPECT_EQ("ExtensionModule,WorkingDir,UrlBase", childTags(root));
+    const char* names[] = {"ExtensionModule", "WorkingDir", "UrlBase"};
+    const char* values[] = {"C:\\Program Files\\Tidewell\\tidewell.so", "C:\\Tidewell\\",
+                            "zrmedia://Tidewell/content"};
+    for (int i = 0; i < 3; ++i)
+    {
+        ASSERT_TRUE(root->hasElement(names[i])) << names[i];
+        ElementPtr setting = root->getElement(names[i]);
+        ASSERT_TRUE(setting->hasAttribute("value")) << names[i];
+        EXPECT_EQ(values[i], str(setting->attribute("value")));
+    }
+}
+
+TEST(XMLRoundTripConfiguration, AMissingSettingReadsAsThePlaceholder)
+{
+    ElementPtr root = parse("<Tidewell>\n  <UrlBase value=\"/content\"/>\n  <WorkingDir/>\n</Tidewell>");
+    EXPECT_FALSE(root->hasElement("ExtensionModule"));
+    EXPECT_EQ("null", str(root->getElement("ExtensionModule")->tag()));
+    EXPECT_EQ("", str(root->getElement("ExtensionModule")->attribute("value")));
+    EXPECT_TRUE(root->hasElement("WorkingDir"));
+    EXPECT_FALSE(root->getElement("WorkingDir")->hasAttribute("value"));
+    EXPECT_EQ("/content", str(root->getElement("UrlBase")->attribute("value")));
+}
+
+TEST(XMLRoundTripConfiguration, WrittenAndReadBack)
+{
+    ElementPtr root = parse(kConfiguration);
+    std::string once = write(root);
+    // The settings carry the line break that follows their empty-element
+    // tags as text (Parse step 4), so they are written with end tags.
+    EXPECT_EQ("<Tidewell><ExtensionModule value=\"C:\\Program Files\\Tidewell\\tidewell.so\">\r\n\t"
+              "</ExtensionModule><WorkingDir value=\"C:\\Tidewell\\\">\r\n\t</WorkingDir>"
+              "<UrlBase value=\"zrmedia://Tidewell/content\">\r\n</UrlBase></Tidewell>",
+              once);
+    expectWriterFixpoint(kConfiguration);
+    ElementPtr again = parse(once.c_str());
+    EXPECT_EQ("C:\\Tidewell\\", str(again->getElement("WorkingDir")->attribute("value")));
+}
+
+// Random trees within the documented limits (tags and names without markup
+// characters, texts without "<" and only on leaves, not beginning with ">"
+// (which would mark the tag before as an empty-element tag), values without
+// quotes, a document element with children) are written and read back
+// unchanged.
+class TreeMaker
+{
+public:
+    explicit TreeMaker(unsigned seed) : m_random(seed) {}
+
+    ElementPtr document()
+    {
+        ElementPtr root = element(word().c_str());
+        attributesOf(root);
+        unsigned n = 1 + pick(4);
+        for (unsigned i = 0; i < n; ++i)
+            root->AddElement(tree(1));
+        return root;
+    }
+
+private:
+    unsigned pick(unsigned n) { return std::uniform_int_distribution<unsigned>(0, n - 1)(m_random); }
+
+    std::string word()
+    {
+        static const char letters[] = "abcXYZ_.-:0";
+        std::string w(1, "abcXYZ_"[pick(7)]);
+        unsigned n = pick(6);
+        for (unsigned i = 0; i < n; ++i)
+            w += letters[pick(sizeof letters - 1)];
+        return w;
+    }
+
+    std::string value()
+    {
+        static const char chars[] = "ab 09&;/\\>\t=";
+        std::string v;
+        unsigned n = pick(8);
+        for (unsigned i = 0; i < n; ++i)
+            v += chars[pick(sizeof chars - 1)];
+        return v;
+    }
+
+    void attributesOf(ElementPtr const& e)
+    {
+        unsigned n = pick(4);
+        for (unsigned i = 0; i < n; ++i)
+            e->Attribute(word().c_str(), value().c_str());
+    }
+
+    ElementPtr tree(unsigned depth)
+    {
+        ElementPtr e = element(word().c_str());
+        attributesOf(e);
+        if (depth < 5 && pick(3) == 0)
+        {
+            unsigned n = 1 + pick(4);
+            for (unsigned i = 0; i < n; ++i)
+                e->AddElement(tree(depth + 1));
+        }
+        else if (pick(2) == 0)
+        {
+            std::string text = value();
+            if (!text.empty() && text[0] == '>')
+                text[0] = 'a';
+            e->Text(text.c_str());
+        }
+        return e;
+    }
+
+    std::mt19937 m_random;
+};
+
+TEST(XMLRoundTripGenerated, WriteParseWriteIsTheIdentity)
+{
+    for (unsigned seed = 1; seed <= 300; ++seed)
+    {
+        ElementPtr tree = TreeMaker(seed).document();
+        std::string once = write(tree);
+        std::string twice = write(parse(once.c_str()));
+        ASSERT_EQ(once, twice) << "seed " << seed;
+    }
+}
+
+} // namespace

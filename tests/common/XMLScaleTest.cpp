@@ -1,0 +1,188 @@
+// Size and depth: a document of 50,000 elements, and nesting far deeper than
+// any machine stack would take if parsing, writing or releasing recursed per
+// level. These tests also guard the linear-time promise: a parser or writer
+// that copied the rest of the text per element would not finish within the
+// test timeout on these sizes.
+#include "XMLTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <pthread.h>
+#include <string>
+
+using namespace XMLTest;
+
+namespace
+{
+
+std::string key(unsigned i)
+{
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%08X%08X", i * 2654435761u, i);
+    return buffer;
+}
+
+// A names database of `entries` dev/name pairs, on one line in the writer's
+// own form: 2 + 2 * entries elements.
+std::string namesDatabase(unsigned entries)
+{
+    std::string doc = "<AllBoards><PCI>";
+    for (unsigned i = 0; i < entries; ++i)
+        doc += "<dev id=\"" + key(i) + "\"><name>Board " + std::to_string(i) + "</name></dev>";
+    doc += "</PCI></AllBoards>";
+    return doc;
+}
+
+TEST(XMLScale, ADocumentOf50000ElementsParsesAndWritesBackExactly)
+{
+    const unsigned entries = 24999; // + AllBoards + PCI = 50,000 elements
+    const std::string doc = namesDatabase(entries);
+    ElementPtr root = parse(doc.c_str());
+    ASSERT_EQ("AllBoards", str(root->tag()));
+    ElementPtr pci = root->getElement("PCI");
+    unsigned count = 0;
+    for (auto it = pci->elementBegin(); it != pci->elementEnd(); ++it, ++count)
+    {
+        if (count % 997 != 0 && count != entries - 1)
+            continue;
+        ASSERT_EQ(key(count), str((*it)->attribute("id")));
+        ASSERT_EQ("Board " + std::to_string(count), str((*it)->getElement("name")->text()));
+    }
+    EXPECT_EQ(entries, count);
+    EXPECT_EQ(doc, write(root));
+}
+
+TEST(XMLScale, FiftyThousandChildrenBuiltInCodeAreWrittenAndReadBack)
+{
+    ElementPtr root = element("AllStorage");
+    for (unsigned i = 0; i < 50000; ++i)
+    {
+        ElementPtr device = element("PCIDevice");
+        device->Attribute("Index", std::to_string(i).c_str());
+        root->AddElement(device);
+    }
+    std::string text = write(root);
+    EXPECT_EQ(0u, text.find("<AllStorage><PCIDevice Index=\"0\"/><PCIDevice Index=\"1\"/>"));
+    ElementPtr again = parse(text.c_str());
+    EXPECT_EQ(50000u, childCount(again));
+    EXPECT_EQ(text, write(again));
+}
+
+TEST(XMLScale, ALargeTextAndALargeCommentAreHandledInOnePass)
+{
+    std::string big(4u << 20, 'x');
+    std::string doc = "<?xml version=\"1.0\"?><!--" + big + "--><a><!--" + big + "-->" + big +
+                      "<![CDATA[" + big + "]]></a>";
+    ElementPtr root = parse(doc.c_str());
+    EXPECT_EQ("a", str(root->tag()));
+    EXPECT_EQ(2 * big.size(), root->text().size());
+}
+
+// "<d><d>...<d>core</d>...</d></d>", `depth` elements deep.
+std::string nested(unsigned depth)
+{
+    std::string doc;
+    doc.reserve(depth * 7 + 4);
+    for (unsigned i = 0; i < depth; ++i)
+        doc += "<d>";
+    doc += "core";
+    for (unsigned i = 0; i < depth; ++i)
+        doc += "</d>";
+    return doc;
+}
+
+// Depth of the single chain below `root`, walked without recursion.
+unsigned chainDepth(ElementPtr e, std::string& innermostText)
+{
+    unsigned depth = 1;
+    while (e->elementBegin() != e->elementEnd())
+    {
+        e = *e->elementBegin();
+        ++depth;
+    }
+    innermostText = str(e->text());
+    return depth;
+}
+
+void expectDeepDocumentHandled(unsigned depth)
+{
+    const std::string doc = nested(depth);
+    ElementPtr root = parse(doc.c_str());
+    std::string core;
+    EXPECT_EQ(depth, chainDepth(root, core));
+    EXPECT_EQ("core", core);
+    EXPECT_EQ(doc, write(root));
+    root = ElementPtr(); // releases the whole chain
+}
+
+TEST(XMLScale, NestingDepthOf10000IsParsedWrittenAndReleased)
+{
+    expectDeepDocumentHandled(10000);
+}
+
+TEST(XMLScale, NestingDepthOf10000BuiltInCodeIsWrittenAndReleased)
+{
+    ElementPtr root = element("d");
+    ElementPtr at = root;
+    for (unsigned i = 1; i < 10000; ++i)
+    {
+        ElementPtr next = element("d");
+        at->AddElement(next);
+        at = next;
+    }
+    at->Text("core");
+    at = ElementPtr();
+    EXPECT_EQ(nested(10000), write(root));
+}
+
+TEST(XMLScale, DeeplyNestedUnclosedElementsAreReleasedAfterTheParse)
+{
+    // The root receives the innermost element; the chain above it is
+    // released inside Parse.
+    std::string doc;
+    for (unsigned i = 0; i < 10000; ++i)
+        doc += "<d>";
+    doc += "<last/>";
+    ElementPtr root = parse(doc.c_str());
+    EXPECT_EQ("d", str(root->tag()));
+    EXPECT_EQ("last", childTags(root));
+}
+
+TEST(XMLScale, DeepTreeReleasedWhileACallerHoldsAPartOfIt)
+{
+    ElementPtr root = parse(nested(20000).c_str());
+    ElementPtr middle = root;
+    for (unsigned i = 0; i < 10000; ++i)
+        middle = *middle->elementBegin();
+    root = ElementPtr();
+    std::string core;
+    EXPECT_EQ(10000u, chainDepth(middle, core));
+    EXPECT_EQ("core", core);
+}
+
+// Runs `work` on a thread whose whole stack is `bytes`: a recursion per
+// level of a 100,000-deep tree would need far more than that.
+void onSmallStack(void (*work)(), size_t bytes)
+{
+    pthread_attr_t attributes;
+    ASSERT_EQ(0, pthread_attr_init(&attributes));
+    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, bytes));
+    pthread_t thread;
+    ASSERT_EQ(0, pthread_create(
+                     &thread, &attributes,
+                     [](void* w) -> void* {
+                         reinterpret_cast<void (*)()>(w)();
+                         return nullptr;
+                     },
+                     reinterpret_cast<void*>(work)));
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TEST(XMLScale, NestingDepthOf100000NeedsNoDeepStack)
+{
+    onSmallStack([] { expectDeepDocumentHandled(100000); }, 512u << 10);
+}
+
+} // namespace
