@@ -66,7 +66,10 @@ double seconds(clockid_t id)
     return t.tv_sec + t.tv_nsec / 1e9;
 }
 
-Clock now() { return {seconds(CLOCK_MONOTONIC), seconds(CLOCK_PROCESS_CPUTIME_ID)}; }
+Clock now()
+{
+    return {seconds(CLOCK_MONOTONIC), seconds(CLOCK_PROCESS_CPUTIME_ID)};
+}
 
 Clock since(const Clock& start)
 {
@@ -74,7 +77,10 @@ Clock since(const Clock& start)
     return {end.wall - start.wall, end.cpu - start.cpu};
 }
 
-Clock best(const Clock& a, const Clock& b) { return {std::min(a.wall, b.wall), std::min(a.cpu, b.cpu)}; }
+Clock best(const Clock& a, const Clock& b)
+{
+    return {std::min(a.wall, b.wall), std::min(a.cpu, b.cpu)};
+}
 
 bool isHex(const std::string& s, size_t at, size_t n)
 {
@@ -144,7 +150,8 @@ std::vector<Entry> readPciIds(const char* path)
         {
             unsigned subvendor = std::stoul(line.substr(2, 4), nullptr, 16);
             unsigned subdevice = std::stoul(line.substr(7, 4), nullptr, 16);
-            entries.push_back({key(vendor, device, subvendor << 16 | subdevice), escape(line.substr(13))});
+            entries.push_back(
+                {key(vendor, device, subvendor << 16 | subdevice), escape(line.substr(13))});
         }
     }
     return entries;

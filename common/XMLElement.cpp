@@ -24,7 +24,9 @@ bool hasChildren(const Element::Elements& children)
 
 Element::Element(const Common::string& tag) : m_tag(tag), m_text() {}
 
-Element::Element(const Common::string& tag, const Common::string& text) : m_tag(tag), m_text(text) {}
+Element::Element(const Common::string& tag, const Common::string& text) : m_tag(tag), m_text(text)
+{
+}
 
 // Spec: destroying an element empties tag, text, attributes and children; the
 // members' own destructors do that. What is added here is the order: the
@@ -154,9 +156,15 @@ bool Element::hasAttribute(const Common::string& name) const
     return m_attributes.find(name) != m_attributes.end();
 }
 
-void Element::RemoveAttribute(const Common::string& name) { m_attributes.erase(name); }
+void Element::RemoveAttribute(const Common::string& name)
+{
+    m_attributes.erase(name);
+}
 
-void Element::AddElement(Common::shared_ptr<Element> element) { m_children.push_back(element); }
+void Element::AddElement(Common::shared_ptr<Element> element)
+{
+    m_children.push_back(element);
+}
 
 void Element::RemoveElement(Common::shared_ptr<Element> element)
 {

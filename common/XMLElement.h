@@ -28,7 +28,7 @@ class Element
 {
 public:
     typedef Common::map<Common::string, Common::string> Attributes;
-    typedef Common::list<Common::shared_ptr<Element> > Elements;
+    typedef Common::list<Common::shared_ptr<Element>> Elements;
     typedef Attributes::const_iterator AttributeIterator;
     typedef Elements::const_iterator ElementIterator;
 

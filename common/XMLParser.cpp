@@ -138,8 +138,8 @@ bool isBlank(const char* s, unsigned n)
 }
 
 // extractAttributes over raw bytes; attribute names come from `names`.
-void extract(const char* s, unsigned n, unsigned& pos, Element::Attributes& attributes, Recent& names,
-             const Common::string& empty)
+void extract(const char* s, unsigned n, unsigned& pos, Element::Attributes& attributes,
+             Recent& names, const Common::string& empty)
 {
     skipWhiteSpace(s, n, pos);
     // Each round consumes at least one character: the piece starts with one
@@ -156,7 +156,8 @@ void extract(const char* s, unsigned n, unsigned& pos, Element::Attributes& attr
         splitAttribute(s, begin, end, nameEnd, valueBegin, valueEnd);
         attributes.insert(Element::Attributes::value_type(
             names.get(s + begin, nameEnd - begin),
-            valueBegin == valueEnd ? empty : Common::string(s + valueBegin, valueEnd - valueBegin)));
+            valueBegin == valueEnd ? empty
+                                   : Common::string(s + valueBegin, valueEnd - valueBegin)));
     }
     if (pos < n)
         ++pos;
@@ -278,7 +279,8 @@ void XMLParser::Parse(Element* root, const Common::string& text)
         bool isEndTag = false;
         unsigned nameBegin = 0;
         unsigned nameEnd = 0;
-        if (!scanTag(s, n, pos, isEndTag, nameBegin, nameEnd) || (!isEndTag && nameBegin == nameEnd))
+        if (!scanTag(s, n, pos, isEndTag, nameBegin, nameEnd) ||
+            (!isEndTag && nameBegin == nameEnd))
             break; // nothing that can be consumed: stop, keep the tree
 
         if (isEndTag)

@@ -78,8 +78,9 @@ TEST(XMLElementAttributes, IterateInAscendingNameOrderWhateverTheOrderSet)
     // strcmp order: upper case before lower case, shorter prefix first.
     e->Attribute("b", "lower");
     e->Attribute("Bu", "prefix");
-    EXPECT_EQ("BlockDeviceCount=1,BootOrder=0,Bu=prefix,Bus=00,Index=0,Name=x,VendorID=8086,b=lower",
-              attributes(e));
+    EXPECT_EQ(
+        "BlockDeviceCount=1,BootOrder=0,Bu=prefix,Bus=00,Index=0,Name=x,VendorID=8086,b=lower",
+        attributes(e));
 }
 
 TEST(XMLElementAttributes, RemoveAttributeRemovesOnlyThatName)
@@ -250,8 +251,9 @@ TEST(XMLElementLifetime, TheSameSubtreeAddedTwiceToOneParentIsReleasedOnce)
         root->AddElement(twice);
         root->AddElement(twice);
     }
-    EXPECT_EQ("<root><twice><inner><leaf/></inner></twice><twice><inner><leaf/></inner></twice></root>",
-              write(root));
+    EXPECT_EQ(
+        "<root><twice><inner><leaf/></inner></twice><twice><inner><leaf/></inner></twice></root>",
+        write(root));
     root = ElementPtr();
 }
 

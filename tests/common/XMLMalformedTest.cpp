@@ -197,10 +197,10 @@ TEST(XMLMalformed, EveryPrefixOfADocumentTerminates)
 
 TEST(XMLMalformed, RandomMarkupTerminates)
 {
-    static const char* const pieces[] = {"<", ">", "/", "</", "/>", "<a", "<b>", "</a>", "</b>", "=",
-                                         "\"", "'", " ", "\n", "x", "id", "<!--", "-->", "-",
-                                         "<![CDATA[", "]]>", "?>", "<?xml", "&amp;", "<a x=\"1\">",
-                                         "<c/>", "\t", "!", "?"};
+    static const char* const pieces[] = {
+        "<",   ">",  "/",     "</",    "/>",          "<a",   "<b>",  "</a>", "</b>", "=",
+        "\"",  "'",  " ",     "\n",    "x",           "id",   "<!--", "-->",  "-",    "<![CDATA[",
+        "]]>", "?>", "<?xml", "&amp;", "<a x=\"1\">", "<c/>", "\t",   "!",    "?"};
     const unsigned count = sizeof pieces / sizeof pieces[0];
     std::mt19937 random(20240601);
     for (int round = 0; round < 3000; ++round)

@@ -40,25 +40,26 @@ void expectWriterFixpoint(Common::string const& document)
     EXPECT_EQ(once, write(parse(once.c_str())));
 }
 
-const char* const kNamesDatabase = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                   "<!-- PCI names database -->\n"
-                                   "<AllBoards>\n"
-                                   "  <PCI>\n"
-                                   "    <dev id=\"0E11B0600E114030\">\n"
-                                   "      <name>Smart Array 5i/532</name>\n"
-                                   "    </dev>\n"
-                                   "    <dev id=\"1A2B00C13C4DABCD\">\n"
-                                   "      <name>Example Board</name>\n"
-                                   "    </dev>\n"
-                                   "    <dev id=\"1a2b00c100000000\"><name>lower case</name></dev>\n"
-                                   "    <dev id=\"8086100E00000000\"><name></name></dev>\n"
-                                   "    <dev id=\"1A2B00C13C4DABCD\">\n"
-                                   "      <name>Example Board, later entry</name>\n"
-                                   "    </dev>\n"
-                                   "    <dev id=\"1A2B00C13C4DABCD\"><other/></dev>\n"
-                                   "    <dev id=\"10DE000000000000\"><name>R&amp;D &lt;1&gt;</name></dev>\n"
-                                   "  </PCI>\n"
-                                   "</AllBoards>\n";
+const char* const kNamesDatabase =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!-- PCI names database -->\n"
+    "<AllBoards>\n"
+    "  <PCI>\n"
+    "    <dev id=\"0E11B0600E114030\">\n"
+    "      <name>Smart Array 5i/532</name>\n"
+    "    </dev>\n"
+    "    <dev id=\"1A2B00C13C4DABCD\">\n"
+    "      <name>Example Board</name>\n"
+    "    </dev>\n"
+    "    <dev id=\"1a2b00c100000000\"><name>lower case</name></dev>\n"
+    "    <dev id=\"8086100E00000000\"><name></name></dev>\n"
+    "    <dev id=\"1A2B00C13C4DABCD\">\n"
+    "      <name>Example Board, later entry</name>\n"
+    "    </dev>\n"
+    "    <dev id=\"1A2B00C13C4DABCD\"><other/></dev>\n"
+    "    <dev id=\"10DE000000000000\"><name>R&amp;D &lt;1&gt;</name></dev>\n"
+    "  </PCI>\n"
+    "</AllBoards>\n";
 
 TEST(XMLRoundTripNamesDatabase, ParsesToTheDatabaseTree)
 {
@@ -82,7 +83,8 @@ TEST(XMLRoundTripNamesDatabase, LookupsFollowPart21)
     EXPECT_EQ("", deviceName(root, 0x8086, 0x100E, 0));
     EXPECT_EQ("R&amp;D &lt;1&gt;", deviceName(root, 0x10DE, 0, 0));
     EXPECT_EQ("Integrated PCI IDE Controller", deviceName(root, 0x1234, 0x5678, 0));
-    EXPECT_EQ("Integrated PCI IDE Controller", deviceName(parse("<AllBoards></AllBoards>"), 0, 0, 0));
+    EXPECT_EQ("Integrated PCI IDE Controller",
+              deviceName(parse("<AllBoards></AllBoards>"), 0, 0, 0));
 }
 
 TEST(XMLRoundTripNamesDatabase, WrittenOnOneLineAndReadBackTheSame)
@@ -114,7 +116,9 @@ TEST(XMLRoundTripNamesDatabase, IndentedFileReachesAFixpointAfterOneWrite)
 {
     expectWriterFixpoint(kNamesDatabase);
     // White-space text of elements with children is not written.
-    EXPECT_EQ(0u, write(parse(kNamesDatabase)).find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>"));
+    EXPECT_EQ(
+        0u,
+        write(parse(kNamesDatabase)).find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>"));
 }
 
 // One storage controller with two disks and one without, as Part 2.2 builds.
@@ -225,13 +229,14 @@ TEST(XMLRoundTripStorageInventory, NamesWithMarkupCharactersAreWrittenRaw)
     EXPECT_EQ("<AllStorage><PCIDevice Name=\"R&D <SAS> \"x\"\"/></AllStorage>", write(root));
 }
 
-const char* const kConfiguration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
-                                   "<!-- Tidewell extension configuration -->\r\n"
-                                   "<Tidewell>\r\n"
-                                   "\t<ExtensionModule value=\"C:\\Program Files\\Tidewell\\tidewell.so\"/>\r\n"
-                                   "\t<WorkingDir value=\"C:\\Tidewell\\\"/>\r\n"
-                                   "\t<UrlBase value=\"zrmedia://Tidewell/content\"/>\r\n"
-                                   "</Tidewell>\r\n";
+const char* const kConfiguration =
+    "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+    "<!-- Tidewell extension configuration -->\r\n"
+    "<Tidewell>\r\n"
+    "\t<ExtensionModule value=\"C:\\Program Files\\Tidewell\\tidewell.so\"/>\r\n"
+    "\t<WorkingDir value=\"C:\\Tidewell\\\"/>\r\n"
+    "\t<UrlBase value=\"zrmedia://Tidewell/content\"/>\r\n"
+    "</Tidewell>\r\n";
 
 TEST(XMLRoundTripConfiguration, TheThreeSettingsAreReadAsPart11ReadsThem)
 {
@@ -252,7 +257,8 @@ TEST(XMLRoundTripConfiguration, TheThreeSettingsAreReadAsPart11ReadsThem)
 
 TEST(XMLRoundTripConfiguration, AMissingSettingReadsAsThePlaceholder)
 {
-    ElementPtr root = parse("<Tidewell>\n  <UrlBase value=\"/content\"/>\n  <WorkingDir/>\n</Tidewell>");
+    ElementPtr root =
+        parse("<Tidewell>\n  <UrlBase value=\"/content\"/>\n  <WorkingDir/>\n</Tidewell>");
     EXPECT_FALSE(root->hasElement("ExtensionModule"));
     EXPECT_EQ("null", str(root->getElement("ExtensionModule")->tag()));
     EXPECT_EQ("", str(root->getElement("ExtensionModule")->attribute("value")));
@@ -297,7 +303,10 @@ public:
     }
 
 private:
-    unsigned pick(unsigned n) { return std::uniform_int_distribution<unsigned>(0, n - 1)(m_random); }
+    unsigned pick(unsigned n)
+    {
+        return std::uniform_int_distribution<unsigned>(0, n - 1)(m_random);
+    }
 
     std::string word()
     {

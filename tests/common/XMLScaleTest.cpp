@@ -171,7 +171,8 @@ void onSmallStack(void (*work)(), size_t bytes)
     pthread_t thread;
     ASSERT_EQ(0, pthread_create(
                      &thread, &attributes,
-                     [](void* w) -> void* {
+                     [](void* w) -> void*
+                     {
                          reinterpret_cast<void (*)()>(w)();
                          return nullptr;
                      },

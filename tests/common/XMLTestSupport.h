@@ -10,7 +10,10 @@ namespace XMLTest
 {
 typedef Common::shared_ptr<Common::XML::Element> ElementPtr;
 
-inline ElementPtr element(char const* tag) { return ElementPtr(new Common::XML::Element(tag)); }
+inline ElementPtr element(char const* tag)
+{
+    return ElementPtr(new Common::XML::Element(tag));
+}
 
 // Parses `text` into a fresh root made as the system makes it (tag "null").
 inline ElementPtr parse(Common::string const& text)
@@ -20,9 +23,15 @@ inline ElementPtr parse(Common::string const& text)
     return root;
 }
 
-inline std::string write(ElementPtr const& e) { return Common::XML::Parser().xml(e).c_str(); }
+inline std::string write(ElementPtr const& e)
+{
+    return Common::XML::Parser().xml(e).c_str();
+}
 
-inline std::string str(Common::string const& s) { return std::string(s.c_str(), s.size()); }
+inline std::string str(Common::string const& s)
+{
+    return std::string(s.c_str(), s.size());
+}
 
 inline unsigned childCount(ElementPtr const& e)
 {
