@@ -1,4 +1,4 @@
-// bench_xml: parsing a PCI names database (Part 2.1) with Common::XML against
+// bench_xml: parsing a PCI names database with Common::XML against
 // xmllint, in the same run.
 //
 // The database is generated from Debian's pci.ids (package hwdata): one

@@ -9,7 +9,7 @@ namespace Common
 namespace XML
 {
 
-// Reads and writes element trees (Part 7.3). Deliberately minimal: no entity
+// Reads and writes element trees. Deliberately minimal: no entity
 // handling, no escaping, no namespaces, no mixed content; the writer emits
 // one line. No state; no error reports.
 class Parser

@@ -7,7 +7,7 @@ namespace XML
 namespace
 {
 // Asking an untouched list for its first element allocates its sentinel
-// (Part 7.1); should that fail, the list was untouched and so empty. This
+// (lists allocate it lazily); should that fail, the list was untouched and so empty. This
 // keeps destructors from throwing.
 bool hasChildren(const Element::Elements& children)
 {
@@ -28,7 +28,7 @@ Element::Element(const Common::string& tag, const Common::string& text) : m_tag(
 {
 }
 
-// Spec: destroying an element empties tag, text, attributes and children; the
+// Destroying an element empties tag, text, attributes and children; the
 // members' own destructors do that. What is added here is the order: the
 // subtree is torn down depth first, children before parents, with an explicit
 // stack of (list, position) frames on the heap, so that no destructor run from

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/List.h"
+#include "common/LocalStaticAllocator.h"
 #include "common/Map.h"
 #include "common/SharedPtr.h"
 #include "common/String.h"
@@ -13,7 +14,7 @@ namespace XML
 class Parser;
 class XMLParser;
 
-// One node of an XML element tree (Part 7.3): a tag, the character data that
+// One node of an XML element tree: a tag, the character data that
 // follows the start tag, attributes unique by name in ascending name order
 // (Common::string's operator<), and child elements in insertion order.
 //
@@ -21,10 +22,10 @@ class XMLParser;
 // be the child of several parents, but a tree must not contain a cycle (an
 // element that is its own descendant is never freed and makes the writer loop
 // forever). Destruction is iterative: tearing down a tree of any depth uses a
-// fixed amount of stack. Not thread-safe (plain reference counts, Part 7.1).
+// fixed amount of stack. Not thread-safe (plain reference counts).
 //
-// POOL: derive from Common::LocalStaticAllocator<Element, 200, 8>
-class Element
+// Elements come from a per-class pool of 200 (see LocalStaticAllocator).
+class Element : public Common::LocalStaticAllocator<Element, 200, 8>
 {
 public:
     typedef Common::map<Common::string, Common::string> Attributes;

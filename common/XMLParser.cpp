@@ -40,7 +40,7 @@ bool scanTag(const char* s, unsigned n, unsigned& pos, bool& isEndTag, unsigned&
 }
 
 // readAttribute's scan: the piece is [begin, end). The quote states are
-// toggled by the character reached after each step, as the spec words it.
+// toggled by the character reached after each step.
 bool scanAttribute(const char* s, unsigned n, unsigned& pos, unsigned& begin, unsigned& end)
 {
     skipWhiteSpace(s, n, pos);

@@ -7,7 +7,7 @@ namespace Common
 namespace XML
 {
 
-// The scanner behind Parser::XML (Part 7.3). Internal; no state. Every
+// The scanner behind Parser::XML. Internal; no state. Every
 // function scans `text` from the shared position `pos` and moves it forward;
 // none reads at or past text.size(), whatever the input.
 class XMLParser
@@ -43,11 +43,11 @@ public:
     // From `pos` up to the next "<" or the end, as is.
     static Common::string readText(const Common::string& text, unsigned& pos);
 
-    // Builds the tree (Part 7.3, Parse steps 1-5) and copies the last current
+    // Builds the tree and copies the last current
     // element into `root`. Iterative: the open elements are kept on an
     // explicit stack, so any nesting depth is handled.
     //
-    // Our choices where the spec leaves the behaviour open:
+    // On malformed input:
     // - Where a tag is expected but none can be read (text after a child
     //   element, a "<" followed directly by ">", stray text), the parse stops
     //   there and the tree built so far is kept (step 5 runs as usual).

@@ -1,4 +1,4 @@
-// Parser::xml: the one-line writer of Part 7.3.
+// Parser::xml: the one-line writer.
 //
 // The text is produced by one walk over the tree with an explicit stack (no
 // recursion, so any depth is written), run twice: once to count the bytes,

@@ -1,4 +1,4 @@
-// Common::XML::Element (Part 7.3): fields, attributes in name order, the
+// Common::XML::Element: fields, attributes in name order, the
 // children, the "null" placeholder and removal by identity.
 #include "XMLTestSupport.h"
 

@@ -1,4 +1,4 @@
-// Malformed input (Part 7.3, Failure handling and our choices): every text
+// Malformed input: every text
 // parses to some tree, in finite time, without reading outside the text (the
 // sanitized build checks that), and the tree can be written and released.
 #include "XMLTestSupport.h"

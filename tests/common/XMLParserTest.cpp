@@ -1,4 +1,4 @@
-// The parser of Part 7.3: the scanning steps of XMLParser and the tree that
+// The parser: the scanning steps of XMLParser and the tree that
 // Parse builds from well-formed documents.
 #include "common/XMLParser.h"
 

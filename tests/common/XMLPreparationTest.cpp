@@ -1,4 +1,4 @@
-// The preparation steps of Parser::XML (Part 7.3): the declaration, comments
+// The preparation steps of Parser::XML: the declaration, comments
 // and CDATA markers are removed before parsing.
 #include "XMLTestSupport.h"
 

@@ -13,7 +13,7 @@ using namespace XMLTest;
 namespace
 {
 
-// Part 2.1's lookup, written against the Element interface as AllBoards uses
+// The names database's lookup, written against the Element interface as AllBoards uses
 // it: the last "dev" whose "id" equals the key and that has a "name" wins.
 std::string deviceName(ElementPtr const& root, unsigned vendor, unsigned device, unsigned subsystem)
 {
@@ -121,7 +121,7 @@ TEST(XMLRoundTripNamesDatabase, IndentedFileReachesAFixpointAfterOneWrite)
         write(parse(kNamesDatabase)).find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>"));
 }
 
-// One storage controller with two disks and one without, as Part 2.2 builds.
+// One storage controller with two disks and one without, as the storage inventory builds it.
 ElementPtr storageInventory()
 {
     ElementPtr root = element("AllStorage");
@@ -215,8 +215,8 @@ TEST(XMLRoundTripStorageInventory, NoControllersIsAnEmptyElementTag)
     ElementPtr root = element("AllStorage");
     root->Attribute("PCIDeviceCount", "0");
     EXPECT_EQ("<AllStorage PCIDeviceCount=\"0\"/>", write(root));
-    // Read back, a lone empty-element tag leaves the root empty (Part 7.3,
-    // Parse step 4): no current element ever exists.
+    // Read back, a lone empty-element tag leaves the root empty: a
+    // self-closing element never becomes the current one.
     EXPECT_TRUE(isEmptyRoot(parse("<AllStorage PCIDeviceCount=\"0\"/>")));
 }
 

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <pthread.h>
 #include <string>
+#include <vector>
 
 using namespace XMLTest;
 
@@ -187,3 +188,19 @@ TEST(XMLScale, NestingDepthOf100000NeedsNoDeepStack)
 }
 
 } // namespace
+
+TEST(XMLScale, ElementsFillTheirClassPoolThenOverflowElsewhere)
+{
+    using Common::XML::Element;
+    unsigned before = Element::localInUse();
+    std::vector<Common::shared_ptr<Element>> elements;
+    for (unsigned i = 0; i < Element::localCapacity() + 50; ++i)
+        elements.emplace_back(new Element("e"));
+    EXPECT_EQ(Element::localCapacity(), Element::localInUse());
+    unsigned local = 0;
+    for (auto const& element : elements)
+        local += Element::isLocal(element.get()) ? 1 : 0;
+    EXPECT_EQ(Element::localCapacity() - before, local);
+    elements.clear();
+    EXPECT_EQ(before, Element::localInUse());
+}

@@ -1,6 +1,6 @@
 #pragma once
 
-// Helpers shared by the XML tests (Part 7.3).
+// Helpers shared by the XML tests.
 #include "common/XML.h"
 #include "common/XMLElement.h"
 

@@ -1,4 +1,4 @@
-// Parser::xml (Part 7.3): one line, attributes in name order, text only when
+// Parser::xml: one line, attributes in name order, text only when
 // there are no children, empty-element tags, no escaping.
 #include "XMLTestSupport.h"
 
