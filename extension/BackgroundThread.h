@@ -1,0 +1,27 @@
+#pragma once
+
+#include "common/String.h"
+#include "extension/InterimThread.h"
+
+// The start-up background job (Part 1.1), run once on its own thread after
+// the configuration has been read: it builds the storage inventory from
+// "<content folder>/cfg/allboards.xml" (Part 2.1), saves it as
+// "<content folder>/cfg/allstorage.xml" (Part 2.2) and primes the detection
+// of the management processor. The work itself arrives with the hardware
+// inventory; until then Run() does nothing.
+//
+// The job gets its own copy of the content folder (made on the starting
+// thread): strings count their references without a lock, so the job must
+// not copy the global while requests copy it too.
+class BackgroundThread : public Interim::Threadable
+{
+public:
+    explicit BackgroundThread(const Common::string& contentFolder);
+    // The job. Catches everything: nothing may escape a thread.
+    void Run() override;
+
+private:
+    void Work();
+
+    Common::string m_contentFolder;
+};

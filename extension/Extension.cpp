@@ -1,0 +1,164 @@
+// The exported entry point, start-up and request routing (Part 1.1).
+
+#include "extension/Extension.h"
+
+#include "common/InputStreamFromFile.h"
+#include "common/ModuleName.h"
+#include "extension/BackgroundThread.h"
+#include "extension/Configuration.h"
+#include "extension/Includes.h"
+#include "extension/InterimTemporaryFile.h"
+#include "extension/InterimThread.h"
+#include "extension/NSP.h"
+#include "extension/Routing.h"
+#include "extension/ZRAPPExtension.h"
+
+#include <cstdlib>
+
+#define TIDEWELL_EXPORT __attribute__((visibility("default")))
+
+Common::string g_stream;
+Common::string g_extensionModule;
+Common::string g_workingFolder;
+Common::string g_contentFolder;
+
+namespace
+{
+bool readWhole(const Common::string& path, Common::string& text)
+{
+    Common::InputStreamFromFile in(path);
+    if (!in.isOpen())
+        return false;
+    return in.readBuffer(text);
+}
+
+class FileReader : public Includes::Reader
+{
+public:
+    bool read(const Common::string& path, Common::string& text) override
+    {
+        return readWhole(path, text);
+    }
+};
+
+void startUp()
+{
+    // 1-2. The configuration file beside the host executable.
+    const Common::string file = Configuration::fileFor(Common::istring(Common::moduleName()));
+
+    // 3. Its three entries (a missing file reads as empty text).
+    if (!file.empty())
+    {
+        Common::string text;
+        readWhole(file, text);
+        Configuration::Values values = Configuration::parse(text);
+        g_extensionModule = values.extensionModule;
+        g_workingFolder = values.workingFolder;
+        g_contentFolder = values.contentFolder;
+    }
+
+    // 4. The background job, started once; both objects live until the
+    // library is unloaded (the thread is joined then).
+    static BackgroundThread backgroundThread(g_contentFolder);
+    static Interim::Thread thread(backgroundThread);
+}
+
+// Step 12: runs the page through "php"; true when its output could be read.
+bool runPHP(const Common::string& path)
+{
+    Interim::TemporaryFile output(Common::string(), true);
+    const Common::string command = "php -f " + path + " > " + output.name();
+    int status = std::system(command.c_str());
+    (void)status; // not looked at
+    return readWhole(output.name(), g_stream);
+}
+
+// Steps 2 to 14; the result (0 or 1).
+int32_t route(const char* urlText, const char* methodText)
+{
+    static NSP nspProcessor(&g_stream);
+
+    const Routing::Target target = Routing::normalise(Common::istring(urlText));
+    const Routing::FilePath file = Routing::fileFor(g_contentFolder, target.page);
+
+    if (nspProcessor.Execute(Common::istring(methodText), target.page, target.query))
+        return 0;
+
+    if (Routing::isPHP(target.page))
+        return runPHP(file.path) ? 0 : 1;
+
+    if (!readWhole(file.path, g_stream) &&
+        !readWhole("/" + Common::string(target.page), g_stream))
+        return 1;
+
+    if (Routing::expandsIncludes(file.extension))
+    {
+        FileReader reader;
+        g_stream = Includes::expand(g_stream, file.folder, g_contentFolder, reader).text;
+    }
+    return 0;
+}
+} // namespace
+
+extern "C" TIDEWELL_EXPORT void InitializeLibrary(void)
+{
+    static bool isInitialized = false;
+    if (isInitialized)
+        return;
+    isInitialized = true;
+    try
+    {
+        startUp();
+    }
+    catch (...)
+    {
+        // Nothing reaches the host; what was read so far stays.
+    }
+}
+
+extern "C" TIDEWELL_EXPORT int32_t ZRAPPExtensionProc(const char* const* request, uint32_t* text,
+                                                      uint32_t* length)
+{
+    static const char kEmpty[] = "";
+    int32_t result = 1;
+    const char* page = kEmpty;
+    uint32_t size = 0;
+    try
+    {
+        InitializeLibrary();
+        g_stream.clear();
+
+        // The block is read in order; a null slot ends it.
+        const char* url = request ? request[ZRAPP_REQUEST_URL] : nullptr;
+        const char* method = "";
+        if (url && request[1] && request[2] && request[ZRAPP_REQUEST_METHOD])
+            method = request[ZRAPP_REQUEST_METHOD];
+
+        if (url)
+            result = route(url, method);
+        page = g_stream.c_str();
+        size = g_stream.size();
+    }
+    catch (...)
+    {
+        // Our choice where Part 1.1 lets exceptions through: the host gets
+        // result 1 and an empty page, and the page buffer is emptied if that
+        // is still possible.
+        result = 1;
+        page = kEmpty;
+        size = 0;
+        try
+        {
+            g_stream.clear();
+            page = g_stream.c_str();
+        }
+        catch (...)
+        {
+        }
+    }
+    if (text)
+        *text = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(page));
+    if (length)
+        *length = size;
+    return result;
+}

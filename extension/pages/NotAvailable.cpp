@@ -1,0 +1,7 @@
+#include "extension/NSP.h"
+#include "extension/pages/Pages.h"
+
+void Pages::NotAvailable(NSP& nsp)
+{
+    nsp.response().Write("{\"ErrorCode\":1}");
+}
