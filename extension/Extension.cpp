@@ -15,6 +15,18 @@
 
 #include <cstdlib>
 
+#ifdef TIDEWELL_TEST_SEAMS
+#include "extension/TestSeams.h"
+namespace
+{
+void (*g_routeHook)(const char* url) = nullptr;
+}
+void Testing::SetRouteHook(void (*hook)(const char* url))
+{
+    g_routeHook = hook;
+}
+#endif
+
 #define TIDEWELL_EXPORT __attribute__((visibility("default")))
 
 Common::string g_stream;
@@ -76,6 +88,10 @@ bool runPHP(const Common::string& path)
 // Steps 2 to 14; the result (0 or 1).
 int32_t route(const char* urlText, const char* methodText)
 {
+#ifdef TIDEWELL_TEST_SEAMS
+    if (g_routeHook)
+        g_routeHook(urlText);
+#endif
     static NSP nspProcessor(&g_stream);
 
     const Routing::Target target = Routing::normalise(Common::istring(urlText));

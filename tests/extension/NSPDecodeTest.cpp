@@ -1,0 +1,98 @@
+#include "extension/NSP.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+std::string decode(const std::string& text)
+{
+    Common::string decoded = NSP::decode(Common::string(text.data(), text.size()));
+    return std::string(decoded.c_str(), decoded.size());
+}
+
+// The specified loop, literally, as the reference for the one-pass version.
+std::string referenceDecode(const std::string& text)
+{
+    auto value = [](unsigned char c) -> int {
+        if (c >= 'a' && c <= 'z')
+            return c - 'a' + 10;
+        if (c >= 'A' && c <= 'Z')
+            return c - 'A' + 10;
+        return static_cast<int>(c) - '0';
+    };
+    std::string result = text;
+    size_t pos = 0;
+    for (;;)
+    {
+        pos = result.find('%', pos);
+        if (pos == std::string::npos)
+            break;
+        std::string pair = result.substr(pos + 1, 2);
+        unsigned char first = pair.size() > 0 ? pair[0] : 0;
+        unsigned char second = pair.size() > 1 ? pair[1] : 0;
+        char c = static_cast<char>(static_cast<unsigned>(value(first) * 16 + value(second)) & 0xFF);
+        result.replace(pos, 3, 1, c);
+        pos += 1;
+    }
+    for (char& c : result)
+        if (c == '+')
+            c = ' ';
+    return result;
+}
+} // namespace
+
+TEST(NSPDecode, EscapesAndPlus)
+{
+    EXPECT_EQ(decode("a%20b"), "a b");
+    EXPECT_EQ(decode("a+b"), "a b");
+    EXPECT_EQ(decode("a%2Bb"), "a b"); // the escaped plus also becomes a blank
+    EXPECT_EQ(decode("a%2bb"), "a b");
+    EXPECT_EQ(decode("%25"), "%");
+    EXPECT_EQ(decode("%2541"), "%41"); // a decoded "%" is not decoded again
+    EXPECT_EQ(decode("%41%42%43"), "ABC");
+    EXPECT_EQ(decode("plain"), "plain");
+    EXPECT_EQ(decode(""), "");
+}
+
+TEST(NSPDecode, UnvalidatedPairs)
+{
+    // "%" at the end: both characters read as NUL: (-48 * 16 - 48) & 0xFF.
+    EXPECT_EQ(decode("ab%"), std::string("ab") + static_cast<char>(0xD0));
+    // One character left: "A" then NUL: 10 * 16 - 48 = 112 = "p".
+    EXPECT_EQ(decode("%A"), "p");
+    // Non-hex letters count as letters: "G" = 16, "z" = 35.
+    EXPECT_EQ(decode("%GG"), std::string(1, static_cast<char>((16 * 16 + 16) & 0xFF)));
+    EXPECT_EQ(decode("%zz"), std::string(1, static_cast<char>((35 * 16 + 35) & 0xFF)));
+    // Other characters count their code minus "0".
+    EXPECT_EQ(decode("%%%"), std::string(1, static_cast<char>(((37 - 48) * 16 + (37 - 48)) & 0xFF)));
+    EXPECT_EQ(decode("%00x"), std::string("\0x", 2));
+    EXPECT_EQ(decode("%3F"), "?");
+}
+
+TEST(NSPDecode, MatchesTheSpecifiedLoop)
+{
+    const char alphabet[] = {'%', '%', '2', '5', 'B', 'b', '+', 'a', 'G', '0', '\0', 'f', '9'};
+    unsigned seed = 12345;
+    for (int round = 0; round < 3000; ++round)
+    {
+        std::string text;
+        unsigned length = (seed >> 8) % 12;
+        for (unsigned i = 0; i < length; ++i)
+        {
+            seed = seed * 1103515245u + 12345u;
+            text.push_back(alphabet[(seed >> 16) % sizeof alphabet]);
+        }
+        seed = seed * 1103515245u + 12345u;
+        ASSERT_EQ(decode(text), referenceDecode(text)) << "text: " << text;
+    }
+}
+
+TEST(NSPDecode, LongTextIsLinear)
+{
+    std::string text;
+    for (int i = 0; i < 200000; ++i)
+        text += "%41";
+    EXPECT_EQ(decode(text), std::string(200000, 'A'));
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+// Shared helpers of the engine's unit tests.
+//
+// The entry point reads its configuration once per process, through the
+// host path in the environment variable "_" (Part 1.1). A global test
+// environment therefore sets up, before any test runs, a host folder with
+// TIDEWELL.XML and "_" = <host folder>/iexplore, and a content folder that
+// the configuration names. Tests put the files they need into that content
+// folder (each under names of its own) and request them through the entry
+// point. ctest runs each test in a process of its own; running the whole
+// program at once works too, since every test uses names of its own.
+
+#include <string>
+
+namespace TestSupport
+{
+
+// A fresh folder, removed with everything in it at the end of its life.
+class TempDir
+{
+public:
+    explicit TempDir(const char* tag = "tidewell-test");
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const std::string& path() const { return m_path; }
+    std::string file(const std::string& name) const { return m_path + "/" + name; }
+
+private:
+    std::string m_path;
+};
+
+void writeFile(const std::string& path, const std::string& bytes);
+std::string readFile(const std::string& path);
+bool exists(const std::string& path);
+void makeDirectories(const std::string& path);
+
+// The process's host and content folders (set up before the first test).
+const std::string& hostFolder();
+const std::string& contentFolder(); // with a final "/", as in the configuration
+// A file in the content folder, written now; folders are created.
+void putContent(const std::string& name, const std::string& bytes);
+
+struct Answer
+{
+    int result;
+    std::string page;
+};
+
+// One request through ZRAPPExtensionProc with a full request block.
+Answer get(const std::string& url, const std::string& method = "GET");
+
+} // namespace TestSupport
