@@ -5,8 +5,9 @@
 // it, one at a time.
 //
 // Usage:
-//   tidewell_shell [--module FILE] [--host-dir DIR] CONTENT get URL [METHOD]
-//   tidewell_shell [--module FILE] [--host-dir DIR] CONTENT serve
+//   tidewell_shell [OPTIONS] CONTENT get URL [METHOD]
+//   tidewell_shell [OPTIONS] CONTENT serve
+// OPTIONS: --module FILE, --host-dir DIR, --no-config (below).
 //
 // CONTENT is the content folder that URLs resolve against. The module finds
 // its configuration file through the host executable's path, which it takes
@@ -18,6 +19,9 @@
 // in DIR/iexplore_html.log. Without --host-dir, DIR is a fresh temporary
 // folder (under $TMPDIR, else /tmp) that is removed when the shell ends.
 // --module defaults to the libtidewell.so built together with this shell.
+// --no-config writes no configuration file (CONTENT is then not used): the
+// module finds none and resolves URLs against the working directory, as a
+// host without one would have it.
 //
 // The module's own standard output (the console line of "debug.nsp") is sent
 // to the shell's standard error, so that standard output carries pages only.
@@ -67,8 +71,9 @@ const int kSetup = 3;
 void usage()
 {
     std::fprintf(stderr,
-                 "usage: tidewell_shell [--module FILE] [--host-dir DIR] CONTENT get URL [METHOD]\n"
-                 "       tidewell_shell [--module FILE] [--host-dir DIR] CONTENT serve\n");
+                 "usage: tidewell_shell [OPTIONS] CONTENT get URL [METHOD]\n"
+                 "       tidewell_shell [OPTIONS] CONTENT serve\n"
+                 "OPTIONS: --module FILE  --host-dir DIR  --no-config\n");
 }
 
 bool writeAll(int fd, const char* bytes, size_t length)
@@ -272,6 +277,7 @@ int main(int argc, char** argv)
 {
     const char* modulePath = TIDEWELL_DEFAULT_MODULE;
     const char* hostDir = nullptr;
+    bool writeConfiguration = true;
     int i = 1;
     for (; i < argc && std::strncmp(argv[i], "--", 2) == 0; ++i)
     {
@@ -279,6 +285,8 @@ int main(int argc, char** argv)
             modulePath = argv[++i];
         else if (std::strcmp(argv[i], "--host-dir") == 0 && i + 1 < argc)
             hostDir = argv[++i];
+        else if (std::strcmp(argv[i], "--no-config") == 0)
+            writeConfiguration = false;
         else
         {
             usage();
@@ -299,13 +307,13 @@ int main(int argc, char** argv)
         return kUsage;
     }
 
-    const std::string content = absolute(contentArg);
+    const std::string content = writeConfiguration ? absolute(contentArg) : contentArg;
     if (content.empty())
     {
         std::fprintf(stderr, "tidewell_shell: no content folder %s\n", contentArg.c_str());
         return kSetup;
     }
-    if (content.find('"') != std::string::npos)
+    if (writeConfiguration && content.find('"') != std::string::npos)
     {
         std::fprintf(stderr, "tidewell_shell: a content folder path may not hold a '\"'\n");
         return kSetup;
@@ -340,7 +348,7 @@ int main(int argc, char** argv)
                                        content +
                                        "/\"/>\n"
                                        "</TIDEWELL>\n";
-    if (!writeFile(host.path() + "/TIDEWELL.XML", configuration))
+    if (writeConfiguration && !writeFile(host.path() + "/TIDEWELL.XML", configuration))
     {
         std::fprintf(stderr, "tidewell_shell: cannot write %s/TIDEWELL.XML\n",
                      host.path().c_str());

@@ -1,9 +1,16 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the main job: for now a short
-# demonstration of the foundation (strings, containers, pool, conversions).
+# Installs what is missing, builds the product module and the module shell,
+# and serves through the shell, from the sample content folder: the start
+# page ("index.nsp", which redirects the user interface) and a static page
+# whose header and footer come in through "<?include".
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 scripts/deps.sh
 scripts/build.sh build/release -DCMAKE_BUILD_TYPE=Release -DTIDEWELL_TESTS=OFF
-build/release/host/foundation_demo
+shell=build/release/host/tidewell_shell
+echo "== zrmedia://Tidewell/index.nsp"
+"$shell" content get "zrmedia://Tidewell/index.nsp"
+echo
+echo "== zrmedia://Tidewell/langsel.htm"
+"$shell" content get "zrmedia://Tidewell/langsel.htm"

@@ -11,8 +11,8 @@ export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
 for variant in release asan; do
   dir=build/$variant
-  opts=(-DCMAKE_BUILD_TYPE=Release)
-  [[ $variant == asan ]] && opts=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DTIDEWELL_SANITIZE=ON)
+  opts=(-DCMAKE_BUILD_TYPE=Release -DTIDEWELL_TESTS=ON)
+  [[ $variant == asan ]] && opts=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DTIDEWELL_SANITIZE=ON -DTIDEWELL_TESTS=ON)
   echo "== build ($variant)"
   scripts/build.sh "$dir" "${opts[@]}"
   echo "== test ($variant)"

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
 
 namespace
@@ -32,7 +31,17 @@ Logged run(const char* query, const char* method = "GET")
     return {handled, std::string(buffer.c_str(), buffer.size()), console};
 }
 
-const std::string kTime = "\\[[0-2][0-9]:[0-5][0-9]:[0-6][0-9]\\] ";
+// "[hh:mm:ss] " + message + CR LF, nothing else.
+bool isLogLine(const std::string& line, const std::string& message)
+{
+    if (line.size() != 11 + message.size() + 2 || line[0] != '[' || line[3] != ':' ||
+        line[6] != ':' || line[9] != ']' || line[10] != ' ')
+        return false;
+    for (int i : {1, 2, 4, 5, 7, 8})
+        if (line[i] < '0' || line[i] > '9')
+            return false;
+    return line.compare(11, std::string::npos, message + "\r\n") == 0;
+}
 } // namespace
 
 TEST(DebugPage, LogsToConsoleAndFile)
@@ -47,7 +56,7 @@ TEST(DebugPage, LogsToConsoleAndFile)
     Logged r = run("Command=log&Message=a+b");
     EXPECT_TRUE(r.handled);
     EXPECT_EQ(r.page, "");
-    EXPECT_TRUE(std::regex_match(r.console, std::regex(kTime + "a b\r\n"))) << r.console;
+    EXPECT_TRUE(isLogLine(r.console, "a b")) << r.console;
     // The log is truncated on first use, then appended to.
     EXPECT_EQ(TestSupport::readFile(logFile()), before + r.console);
     Logged second = run("Command=LOG&Message=second");
@@ -57,14 +66,14 @@ TEST(DebugPage, LogsToConsoleAndFile)
 TEST(DebugPage, PercentStaysPercent)
 {
     Logged r = run("Command=Log&Message=100%25%20%25s%25n%25%25");
-    EXPECT_TRUE(std::regex_match(r.console, std::regex(kTime + "100% %s%n%%\r\n"))) << r.console;
+    EXPECT_TRUE(isLogLine(r.console, "100% %s%n%%")) << r.console;
     EXPECT_NE(TestSupport::readFile(logFile()).find("] 100% %s%n%%\r\n"), std::string::npos);
 }
 
 TEST(DebugPage, MissingMessageLogsAnEmptyLine)
 {
     Logged r = run("Command=Log");
-    EXPECT_TRUE(std::regex_match(r.console, std::regex(kTime + "\r\n"))) << r.console;
+    EXPECT_TRUE(isLogLine(r.console, "")) << r.console;
 }
 
 TEST(DebugPage, WithoutLogNothingIsWritten)
@@ -90,5 +99,5 @@ TEST(DebugPage, ThroughTheEntryPoint)
     std::string console = testing::internal::GetCapturedStdout();
     EXPECT_EQ(a.result, 0);
     EXPECT_EQ(a.page, "");
-    EXPECT_TRUE(std::regex_match(console, std::regex(kTime + "hello world\r\n"))) << console;
+    EXPECT_TRUE(isLogLine(console, "hello world")) << console;
 }

@@ -1,0 +1,171 @@
+#!/usr/bin/env bash
+# End-to-end tests: the built module loaded into the module shell, in a
+# process of its own, against a temporary content folder.
+# Usage: shell_e2e.sh SHELL MODULE CASE
+#
+# When run as root (as CI does), the shell runs as the unprivileged user
+# "nobody" (setpriv), like the real host never runs with root's powers over
+# the content folder; the shell and the module are copied into the temporary
+# folder, which that user can read, so the build folder's permissions do not
+# matter.
+set -euo pipefail
+shell_bin=$1 module_bin=$2 case=$3
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/tidewell-e2e-XXXXXX")
+trap 'chmod -R u+rwX "$work" 2>/dev/null; rm -rf "$work"' EXIT
+chmod 755 "$work"
+mkdir -p "$work/bin" "$work/content/sub" "$work/content/cfg" "$work/tmp"
+chmod 1777 "$work/tmp"
+cp "$shell_bin" "$work/bin/tidewell_shell"
+cp "$module_bin" "$work/bin/libtidewell.so"
+chmod 755 "$work/bin/tidewell_shell" "$work/bin/libtidewell.so"
+export TMPDIR=$work/tmp
+
+run_as=()
+if [[ $(id -u) -eq 0 ]]; then
+  run_as=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
+fi
+
+content=$work/content
+printf '<div>header</div>' >"$content/header.htm"
+printf '<html><?include header.htm?><p>body</p></html>\n' >"$content/page.htm"
+printf 'S<?include ../header.htm?>|<?include /header.htm?>' >"$content/sub/nested.htm"
+printf 'a<?include self.htm?>b' >"$content/self.htm"
+printf '<x/>' >"$content/cfg/allboards.xml"
+chmod -R a+rX "$content"
+
+# shell ARGS...: runs the shell (as nobody when root) from the work folder.
+shell() {
+  (cd "$work" && "${run_as[@]}" "$work/bin/tidewell_shell" --module "$work/bin/libtidewell.so" "$@")
+}
+
+fail() { echo "FAIL: $*"; exit 1; }
+
+# expect_get URL STATUS EXPECTED-FILE: the page byte for byte, and the status.
+expect_get() {
+  local url=$1 status=$2 expected=$3 got=0
+  shell "$content" get "$url" >"$work/out" 2>"$work/err" || got=$?
+  [[ $got -eq $status ]] || { cat "$work/err"; fail "get '$url': status $got, expected $status"; }
+  cmp "$work/out" "$expected" || { od -c "$work/out" | head; fail "get '$url': page differs"; }
+}
+
+header='<html><head><title>Tidewell</title><style>A:link        {color: #0000FF} A:visited     {color: #0000FF} A:hover       {color: #0000FF} A:active      {color: #0000FF} </style></head><body><table width=100% height=100% cellspacing=0 cellpadding=0><tr><td align=left valign=top height=100%>'
+footer='</td></tr></table></body></html>'
+
+case "$case" in
+  start_page)
+    target=/langsel.htm
+    if [[ -f /mnt/automation/rotate.txt || -d /mnt/automation/rotate.txt ]]; then target=/rotate.htm; fi
+    for m in /tmp/install.xml /mnt/bootdevice/install.xml /mnt/automation/install.xml; do
+      if [[ -e $m ]]; then target=/automate.htm; fi
+    done
+    printf '%s' "$header<script type=\"text/JavaScript\">window.location = '$target';</script>$footer" >"$work/expected"
+    expect_get "" 0 "$work/expected"
+    expect_get "zrmedia://Tidewell/index.nsp?x=1#top" 0 "$work/expected"
+    expect_get "INDEX.NSP" 0 "$work/expected" ;;
+
+  static_include)
+    printf '<html><div>header</div><p>body</p></html>\n' >"$work/expected"
+    expect_get "zrmedia://Tidewell/page.htm" 0 "$work/expected"
+    expect_get "page.htm?x=1#frag" 0 "$work/expected"
+    printf 'S<div>header</div>|<div>header</div>' >"$work/expected"
+    expect_get "sub/nested.htm" 0 "$work/expected"
+    printf '<x/>' >"$work/expected"
+    expect_get "cfg/allboards.xml" 0 "$work/expected" ;;
+
+  not_found)
+    : >"$work/expected"
+    expect_get "missing.htm" 1 "$work/expected"
+    expect_get "sub" 1 "$work/expected"
+    expect_get "%" 1 "$work/expected"
+    expect_get "%G%" 1 "$work/expected" ;;
+
+  system_query)
+    # Answers {"ErrorCode":1} until the system page (Part 5.3) is wired.
+    printf '{"ErrorCode":1}' >"$work/expected"
+    expect_get "system.nsp?Command=Query" 0 "$work/expected"
+    printf 'not a page' >"$content/wd100.nsp"
+    expect_get "wd100.nsp" 0 "$work/expected" ;;
+
+  self_include)
+    shell "$content" get self.htm >"$work/out"
+    { printf 'a%.0s' $(seq 1001); printf '<?include self.htm?>'; printf 'b%.0s' $(seq 1001); } >"$work/expected"
+    cmp "$work/out" "$work/expected" || fail "self-including page" ;;
+
+  big_page)
+    head -c $((1 << 20)) /dev/urandom | base64 -w 100 >"$content/big.txt"
+    chmod a+r "$content/big.txt"
+    expect_get "big.txt" 0 "$content/big.txt" ;;
+
+  debug_log)
+    host=$work/host
+    mkdir "$host"
+    chmod 777 "$host"
+    printf 'from an earlier run\n' >"$host/iexplore_html.log"
+    chmod 666 "$host/iexplore_html.log"
+    shell --host-dir "$host" "$content" get "debug.nsp?Command=Log&Message=100%25+done+%25s" >"$work/out" 2>"$work/err"
+    [[ ! -s "$work/out" ]] || fail "debug.nsp answered a page"
+    grep -Eq $'^\\[[0-9]{2}:[0-9]{2}:[0-9]{2}\\] 100% done %s\r$' "$host/iexplore_html.log" || { od -c "$host/iexplore_html.log"; fail "log line"; }
+    [[ $(wc -l <"$host/iexplore_html.log") -eq 1 ]] || fail "the log was not truncated"
+    cmp "$work/err" "$host/iexplore_html.log" || fail "the console line is not on standard error"
+    [[ -f "$host/TIDEWELL.XML" ]] || fail "no configuration file in the host folder" ;;
+
+  serve)
+    printf 'HTML' >"$content/a b.htm"
+    chmod a+r "$content/a b.htm"
+    long=$(head -c 300000 /dev/zero | tr '\0' 'x')
+    {
+      printf 'GET 8\npage.htm'
+      printf 'GET 11\nmissing.htm'
+      printf 'POST 24\nsystem.nsp?Command=Query'
+      printf 'GET 7\na+b.htm'
+      printf 'GET 0\n'
+      printf 'GET %d\n%s' $((${#long} + 4)) "$long.htm"
+    } >"$work/requests"
+    {
+      printf '0 42\n<html><div>header</div><p>body</p></html>\n'
+      printf '1 0\n'
+      printf '0 15\n{"ErrorCode":1}'
+      printf '0 4\nHTML'
+      start="$header<script type=\"text/JavaScript\">window.location = '/langsel.htm';</script>$footer"
+      printf '0 %d\n%s' ${#start} "$start"
+      printf '1 0\n'
+    } >"$work/expected"
+    if [[ -e /tmp/install.xml || -e /mnt/bootdevice/install.xml || -e /mnt/automation/install.xml || -e /mnt/automation/rotate.txt ]]; then
+      echo "skipped: marker files present on this machine"; exit 77
+    fi
+    shell "$content" serve <"$work/requests" >"$work/out"
+    cmp "$work/out" "$work/expected" || { od -c "$work/out" | head -20; fail "serve responses differ"; } ;;
+
+  serve_protocol_error)
+    got=0
+    printf 'GET 8\npage.htmGET x\n' | shell "$content" serve >"$work/out" 2>"$work/err" || got=$?
+    [[ $got -eq 2 ]] || fail "malformed header: status $got"
+    head -c 5 "$work/out" | cmp - <(printf '0 42\n') || fail "the first request was not answered"
+    got=0
+    printf 'GET 100\nshort' | shell "$content" serve >/dev/null 2>&1 || got=$?
+    [[ $got -eq 2 ]] || fail "short URL: status $got" ;;
+
+  no_config)
+    # Without a configuration file URLs resolve against the working folder.
+    got=0
+    (cd "$content" && "${run_as[@]}" "$work/bin/tidewell_shell" --module "$work/bin/libtidewell.so" --no-config unused get page.htm) >"$work/out" || got=$?
+    [[ $got -eq 0 ]] || fail "no configuration: status $got"
+    printf '<html><div>header</div><p>body</p></html>\n' | cmp - "$work/out" || fail "no configuration: page" ;;
+
+  unreadable_content)
+    chmod 000 "$content/sub"
+    chmod 000 "$content/header.htm"
+    : >"$work/expected"
+    expect_get "sub/nested.htm" 1 "$work/expected"
+    printf '<html><p>body</p></html>\n' >"$work/expected"
+    expect_get "page.htm" 0 "$work/expected"
+    chmod 000 "$content"
+    : >"$work/expected"
+    expect_get "page.htm" 1 "$work/expected"
+    chmod 755 "$content" "$content/sub"
+    chmod 644 "$content/header.htm" ;;
+
+  *) fail "unknown case $case" ;;
+esac
+echo "ok: $case"
