@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/String.h"
-#include "extension/InterimThread.h"
+#include "common/Threadable.h"
 
 // The start-up background job (Part 1.1), run once on its own thread after
 // the configuration has been read: it builds the storage inventory from
@@ -13,7 +13,7 @@
 // The job gets its own copy of the content folder (made on the starting
 // thread): strings count their references without a lock, so the job must
 // not copy the global while requests copy it too.
-class BackgroundThread : public Interim::Threadable
+class BackgroundThread : public Common::Synchronization::Threadable
 {
 public:
     explicit BackgroundThread(const Common::string& contentFolder);

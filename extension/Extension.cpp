@@ -4,11 +4,11 @@
 
 #include "common/InputStreamFromFile.h"
 #include "common/ModuleName.h"
+#include "common/Thread.h"
 #include "extension/BackgroundThread.h"
 #include "extension/Configuration.h"
 #include "extension/Includes.h"
 #include "extension/InterimTemporaryFile.h"
-#include "extension/InterimThread.h"
 #include "extension/NSP.h"
 #include "extension/Routing.h"
 #include "extension/ZRAPPExtension.h"
@@ -72,7 +72,7 @@ void startUp()
     // 4. The background job, started once; both objects live until the
     // library is unloaded (the thread is joined then).
     static BackgroundThread backgroundThread(g_contentFolder);
-    static Interim::Thread thread(backgroundThread);
+    static Common::Synchronization::Thread thread(backgroundThread);
 }
 
 // Step 12: runs the page through "php"; true when its output could be read.

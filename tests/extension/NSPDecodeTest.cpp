@@ -1,3 +1,4 @@
+#include "common/Conversion.h"
 #include "extension/NSP.h"
 
 #include <gtest/gtest.h>
@@ -95,4 +96,30 @@ TEST(NSPDecode, LongTextIsLinear)
     for (int i = 0; i < 200000; ++i)
         text += "%41";
     EXPECT_EQ(decode(text), std::string(200000, 'A'));
+}
+
+// The pair rule is that of Conversion::hexStringToInt (Part 7.2), for every
+// pair of bytes and for the short forms at the end of a text.
+TEST(NSPDecode, PairsFollowHexStringToInt)
+{
+    for (unsigned first = 0; first < 256; ++first)
+        for (unsigned second = 0; second < 256; ++second)
+        {
+            char pair[2] = {static_cast<char>(first), static_cast<char>(second)};
+            std::string escaped = std::string("%") + pair[0] + pair[1];
+            unsigned char expected = Conversion::hexStringToInt(Common::string(pair, 2));
+            std::string decoded = decode(escaped);
+            ASSERT_EQ(decoded.size(), 1u);
+            char want = static_cast<char>(expected) == '+' ? ' ' : static_cast<char>(expected);
+            ASSERT_EQ(decoded[0], want) << first << " " << second;
+        }
+    for (unsigned first = 0; first < 256; ++first)
+    {
+        char one = static_cast<char>(first);
+        unsigned char expected = Conversion::hexStringToInt(Common::string(&one, 1));
+        char want = static_cast<char>(expected) == '+' ? ' ' : static_cast<char>(expected);
+        ASSERT_EQ(decode(std::string("%") + one), std::string(1, want)) << first;
+    }
+    char last = static_cast<char>(Conversion::hexStringToInt(Common::string()));
+    EXPECT_EQ(decode("%"), std::string(1, last == '+' ? ' ' : last));
 }
