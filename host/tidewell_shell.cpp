@@ -152,12 +152,11 @@ private:
 class Module
 {
 public:
+    // The module stays loaded for the rest of the shell's life, as a browser
+    // keeps its extension: it is not unloaded with dlclose; its objects are
+    // destroyed when the process ends. (Unloading would also give up the
+    // memory pool's block, which Part 7.5 never returns: a leak per unload.)
     Module() : m_handle(nullptr), m_proc(nullptr) {}
-    ~Module()
-    {
-        if (m_handle)
-            ::dlclose(m_handle);
-    }
 
     bool Load(const char* path)
     {
