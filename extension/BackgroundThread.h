@@ -3,10 +3,10 @@
 #include "common/String.h"
 #include "common/Threadable.h"
 
-// The start-up background job (Part 1.1), run once on its own thread after
+// The start-up background job, run once on its own thread after
 // the configuration has been read: it builds the storage inventory from
-// "<content folder>/cfg/allboards.xml" (Part 2.1), saves it as
-// "<content folder>/cfg/allstorage.xml" (Part 2.2) and primes the detection
+// "<content folder>/cfg/allboards.xml", saves it as
+// "<content folder>/cfg/allstorage.xml" and primes the detection
 // of the management processor. The work itself arrives with the hardware
 // inventory; until then Run() does nothing.
 //

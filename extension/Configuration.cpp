@@ -1,6 +1,7 @@
 #include "extension/Configuration.h"
 
-#include "extension/InterimXML.h"
+#include "common/XML.h"
+#include "common/XMLElement.h"
 
 Common::string Configuration::fileFor(const Common::istring& hostPath)
 {
@@ -8,7 +9,8 @@ Common::string Configuration::fileFor(const Common::istring& hostPath)
     const Common::istring folded(path);
     // Everything up to and including the last "/".
     unsigned slash = path.rfind('/');
-    Common::string folder = slash == Common::string::npos ? Common::string() : path.substr(0, slash + 1);
+    Common::string folder =
+        slash == Common::string::npos ? Common::string() : path.substr(0, slash + 1);
     if (folded.find("iexplore") != Common::istring::npos)
         return folder + "TIDEWELL.XML";
     if (folded.find("firefox") != Common::istring::npos)
@@ -19,7 +21,8 @@ Common::string Configuration::fileFor(const Common::istring& hostPath)
 Configuration::Values Configuration::parse(const Common::string& text)
 {
     Values values;
-    Common::shared_ptr<Interim::XMLElement> root = Interim::XMLElement::parse(text);
+    Common::shared_ptr<Common::XML::Element> root(new Common::XML::Element(Common::string("null")));
+    Common::XML::Parser().XML(text, root);
     const char* const tags[] = {"ExtensionModule", "WorkingDir", "UrlBase"};
     Common::string* const targets[] = {&values.extensionModule, &values.workingFolder,
                                        &values.contentFolder};
@@ -28,7 +31,7 @@ Configuration::Values Configuration::parse(const Common::string& text)
         const Common::string tag(tags[i]);
         if (!root->hasElement(tag))
             continue;
-        Common::shared_ptr<Interim::XMLElement> element = root->getElement(tag);
+        Common::shared_ptr<Common::XML::Element> element = root->getElement(tag);
         if (element->hasAttribute(Common::string("value")))
             *targets[i] = element->attribute(Common::string("value"));
         *targets[i] = Common::Replace(*targets[i], "\\", "/");

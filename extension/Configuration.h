@@ -3,7 +3,7 @@
 #include "common/IString.h"
 #include "common/String.h"
 
-// The configuration file "TIDEWELL.XML" (Part 1.1).
+// The configuration file "TIDEWELL.XML".
 namespace Configuration
 {
 

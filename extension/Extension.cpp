@@ -1,14 +1,14 @@
-// The exported entry point, start-up and request routing (Part 1.1).
+// The exported entry point, start-up and request routing.
 
 #include "extension/Extension.h"
 
 #include "common/InputStreamFromFile.h"
 #include "common/ModuleName.h"
 #include "common/Thread.h"
+#include "common/filesystem/TemporaryFile.h"
 #include "extension/BackgroundThread.h"
 #include "extension/Configuration.h"
 #include "extension/Includes.h"
-#include "extension/InterimTemporaryFile.h"
 #include "extension/NSP.h"
 #include "extension/Routing.h"
 #include "extension/ZRAPPExtension.h"
@@ -78,7 +78,7 @@ void startUp()
 // Step 12: runs the page through "php"; true when its output could be read.
 bool runPHP(const Common::string& path)
 {
-    Interim::TemporaryFile output(Common::string(), true);
+    Common::Filesystem::TemporaryFile output(Common::string(), true);
     const Common::string command = "php -f " + path + " > " + output.name();
     int status = std::system(command.c_str());
     (void)status; // not looked at
@@ -103,8 +103,7 @@ int32_t route(const char* urlText, const char* methodText)
     if (Routing::isPHP(target.page))
         return runPHP(file.path) ? 0 : 1;
 
-    if (!readWhole(file.path, g_stream) &&
-        !readWhole("/" + Common::string(target.page), g_stream))
+    if (!readWhole(file.path, g_stream) && !readWhole("/" + Common::string(target.page), g_stream))
         return 1;
 
     if (Routing::expandsIncludes(file.extension))
@@ -157,7 +156,7 @@ extern "C" TIDEWELL_EXPORT int32_t ZRAPPExtensionProc(const char* const* request
     }
     catch (...)
     {
-        // Our choice where Part 1.1 lets exceptions through: the host gets
+        // No exception may reach the host: it gets
         // result 1 and an empty page, and the page buffer is emptied if that
         // is still possible.
         result = 1;

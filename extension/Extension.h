@@ -1,6 +1,6 @@
 #pragma once
 
-// The entry point's process-wide state (Part 1.1), for the engine's own
+// The entry point's process-wide state, for the engine's own
 // files and its tests. Created empty when the library is loaded.
 
 #include "common/String.h"

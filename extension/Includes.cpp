@@ -77,7 +77,8 @@ public:
     unsigned size() const { return m_capacity - m_begin; }
 
     // The rest becomes `keep` + `content` + the bytes from `from` on.
-    void Replace(unsigned from, const char* keep, unsigned keepLength, const Common::string& content)
+    void Replace(unsigned from, const char* keep, unsigned keepLength,
+                 const Common::string& content)
     {
         const unsigned tail = m_capacity - from;
         const unsigned front = keepLength + content.size();
@@ -138,7 +139,8 @@ Includes::Result Includes::expand(const Common::string& page, const Common::stri
         Common::string content;
         bool opened = false;
         if (!name.empty())
-            opened = reader.read(name[0] == '/' ? contentFolder + name : pageFolder + name, content);
+            opened =
+                reader.read(name[0] == '/' ? contentFolder + name : pageFolder + name, content);
         if (opened)
         {
             const unsigned after = close + kCloseLength;

@@ -3,7 +3,7 @@
 #include "common/String.h"
 
 // Expansion of "<?include NAME?>" directives in ".htm"/".html" pages
-// (Part 1.1, step 14).
+// (step 14).
 namespace Includes
 {
 
@@ -15,7 +15,7 @@ public:
     virtual bool read(const Common::string& path, Common::string& text) = 0;
 };
 
-// Our limits where Part 1.1 lets a page loop for ever: at most this many
+// Our limits, so that no page can loop for ever: at most this many
 // directives are replaced by the content of a file that opened (a page that
 // includes itself stops here), and no replacement is made that would make
 // the page longer than kMaxPageBytes. When either limit is reached,

@@ -10,7 +10,7 @@ struct Page
     void (*run)(NSP& nsp);
 };
 
-// Compared in this order; the first equal name selects the page (Part 1.3).
+// Compared in this order; the first equal name selects the page.
 const Page kPages[] = {
     {"index.nsp", &Pages::Index},
     {"allstorage.nsp", &Pages::AllStorage},
@@ -27,14 +27,13 @@ const Page kPages[] = {
 const unsigned kPageCount = sizeof kPages / sizeof kPages[0];
 
 const char* const kPageNames[] = {
-    kPages[0].name, kPages[1].name, kPages[2].name, kPages[3].name,
-    kPages[4].name, kPages[5].name, kPages[6].name, kPages[7].name,
-    kPages[8].name, kPages[9].name, kPages[10].name,
+    kPages[0].name, kPages[1].name, kPages[2].name, kPages[3].name, kPages[4].name,  kPages[5].name,
+    kPages[6].name, kPages[7].name, kPages[8].name, kPages[9].name, kPages[10].name,
 };
 static_assert(sizeof kPageNames / sizeof kPageNames[0] == kPageCount, "one name per page");
 
 // The value of one character of a hexadecimal pair, by the rule of
-// Conversion::hexStringToInt (Part 7.2): an ASCII letter of either case counts
+// Conversion::hexStringToInt: an ASCII letter of either case counts
 // its upper-case form's distance from "A" plus 10, anything else (a digit, or
 // any other byte) its code minus "0". Nothing is validated.
 int hexValue(unsigned char c)

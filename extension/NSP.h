@@ -6,7 +6,7 @@
 #include "extension/NSPResponse.h"
 #include "extension/NSPSession.h"
 
-// The server-page processor (Part 1.3). It owns the current request, a
+// The server-page processor. It owns the current request, a
 // response over the entry point's page buffer and an (empty) session. For
 // each request it decides whether the page is one of its eleven fixed pages;
 // if so it runs the page, flushes the answer into the page buffer and returns
@@ -33,7 +33,7 @@ public:
     void HTMLHeader(const Common::string& title);
     void HTMLFooter();
 
-    // URL decoding (Part 1.2): every "%" and the (up to) two characters
+    // URL decoding: every "%" and the (up to) two characters
     // behind it become one character (the pair's value by the unvalidated
     // rule of Conversion::hexStringToInt, low 8 bits; a missing character
     // counts as NUL), scanning on behind it so that a decoded "%" is not

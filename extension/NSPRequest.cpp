@@ -30,8 +30,7 @@ NSPRequest::NSPRequest(const Common::istring& method, const Common::istring& que
 }
 
 NSPRequest::NSPRequest(const NSPRequest& other)
-    : m_parameters(other.m_parameters), m_method(other.m_method),
-      m_queryString(other.m_queryString)
+    : m_parameters(other.m_parameters), m_method(other.m_method), m_queryString(other.m_queryString)
 {
 }
 
@@ -49,8 +48,8 @@ NSPRequest& NSPRequest::operator=(const NSPRequest& other)
     Common::istring method(other.m_method);
     Common::istring queryString(other.m_queryString);
     m_parameters.clear();
-    for (Common::list<_NAME_VALUE>::const_iterator it = parameters.begin();
-         it != parameters.end(); ++it)
+    for (Common::list<_NAME_VALUE>::const_iterator it = parameters.begin(); it != parameters.end();
+         ++it)
         m_parameters.push_back(*it);
     m_method = method;
     m_queryString = queryString;

@@ -3,7 +3,7 @@
 #include "common/IString.h"
 #include "common/List.h"
 
-// The parameters of one page request (Part 1.2), parsed from the URL query.
+// The parameters of one page request, parsed from the URL query.
 // Names and values are case-insensitive strings, so every lookup and every
 // comparison of a value with a literal ignores letter case.
 class NSPRequest

@@ -3,7 +3,7 @@
 #include "common/String.h"
 
 // Collects the text a page writes and hands it to the entry point's page
-// buffer on Flush (Part 1.2).
+// buffer on Flush.
 class NSPResponse
 {
 public:

@@ -1,6 +1,6 @@
 #pragma once
 
-// Placeholder for per-user state (Part 1.2): no fields, no behaviour.
+// Placeholder for per-user state: no fields, no behaviour.
 class NSPSession
 {
 public:

@@ -62,8 +62,7 @@ Routing::Target Routing::normalise(const Common::istring& source)
     return target;
 }
 
-Routing::FilePath Routing::fileFor(const Common::string& contentFolder,
-                                   const Common::istring& page)
+Routing::FilePath Routing::fileFor(const Common::string& contentFolder, const Common::istring& page)
 {
     FilePath file;
     file.path = contentFolder + Common::string(page);

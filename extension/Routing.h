@@ -3,7 +3,7 @@
 #include "common/IString.h"
 #include "common/String.h"
 
-// The URL handling of the entry point (Part 1.1, steps 3 to 10 and the PHP
+// The URL handling of the entry point (steps 3 to 10 and the PHP
 // test of step 12), as functions of their inputs so that each step can be
 // tested on its own.
 namespace Routing

@@ -11,7 +11,7 @@
 //
 // CONTENT is the content folder that URLs resolve against. The module finds
 // its configuration file through the host executable's path, which it takes
-// from the environment variable "_" (Part 1.1), and reads it only when that
+// from the environment variable "_", and reads it only when that
 // path contains "iexplore" or "firefox". So the shell plays a host named
 // "iexplore" living in DIR: it sets "_" to DIR + "/iexplore" before loading
 // the module and writes DIR/TIDEWELL.XML with "UrlBase" set to CONTENT's
@@ -155,7 +155,7 @@ public:
     // The module stays loaded for the rest of the shell's life, as a browser
     // keeps its extension: it is not unloaded with dlclose; its objects are
     // destroyed when the process ends. (Unloading would also give up the
-    // memory pool's block, which Part 7.5 never returns: a leak per unload.)
+    // memory pool's block, which the module never returns: a leak per unload.)
     Module() : m_handle(nullptr), m_proc(nullptr) {}
 
     bool Load(const char* path)
@@ -353,7 +353,7 @@ int main(int argc, char** argv)
                      host.path().c_str());
         return kSetup;
     }
-    // The host executable's path, as the module reads it (Part 1.1).
+    // The host executable's path, as the module reads it.
     if (::setenv("_", (host.path() + "/iexplore").c_str(), 1) != 0)
         return kSetup;
 

@@ -8,12 +8,12 @@
 
 #include <ctime>
 
-// "debug.nsp" (Part 1.3): "Command=Log" appends "[hh:mm:ss] " + Message + CR
-// LF to the console and to the log file beside the host (its path + 
+// "debug.nsp": "Command=Log" appends "[hh:mm:ss] " + Message + CR
+// LF to the console and to the log file beside the host (its path +
 // "_html.log"). The log file is truncated once per process, on the first
 // logged message, and each line is written to it at once. The answer is
 // always empty. The console line is written as data: a "%" in the message
-// is printed as "%" (our choice where Part 1.3 leaves it open).
+// is printed as "%", never read as a format.
 void Pages::Debug(NSP& nsp)
 {
     if (nsp.request()(Common::istring("Command")) != "Log")

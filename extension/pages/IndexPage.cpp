@@ -1,5 +1,6 @@
 #include "extension/pages/IndexPage.h"
 
+#include "common/filesystem/Filesystem.h"
 #include "extension/NSP.h"
 #include "extension/pages/Pages.h"
 
@@ -24,18 +25,6 @@ Common::string markerPath(const char* path)
 #endif
 }
 
-// replaced by Common::Filesystem::isFile once it lands
-// True if the path can be opened for reading as a binary file ("rb"), as
-// Part 5.1 specifies (a folder also opens on Linux).
-bool isFile(const Common::string& path)
-{
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr)
-        return false;
-    std::fclose(file);
-    return true;
-}
-
 const char* const kInstallMarkers[] = {
     "/tmp/install.xml",
     "/mnt/bootdevice/install.xml",
@@ -51,7 +40,7 @@ void Pages::Testing::SetIndexMarkerRoot(const Common::string& prefix)
 }
 #endif
 
-// "index.nsp" (Part 1.3): redirects the user interface to the automation
+// "index.nsp": redirects the user interface to the automation
 // page when an answer file is present, else to the rotation page when the
 // rotation marker is, else to the language selection. Query parameters are
 // ignored.
@@ -60,11 +49,11 @@ void Pages::Index(NSP& nsp)
     nsp.HTMLHeader("Tidewell");
     bool automate = false;
     for (unsigned i = 0; i < sizeof kInstallMarkers / sizeof kInstallMarkers[0] && !automate; ++i)
-        automate = isFile(markerPath(kInstallMarkers[i]));
+        automate = Common::Filesystem::isFile(markerPath(kInstallMarkers[i]));
     if (automate)
         nsp.response().Write(
             "<script type=\"text/JavaScript\">window.location = '/automate.htm';</script>");
-    else if (isFile(markerPath(kRotateMarker)))
+    else if (Common::Filesystem::isFile(markerPath(kRotateMarker)))
         nsp.response().Write(
             "<script type=\"text/JavaScript\">window.location = '/rotate.htm';</script>");
     else

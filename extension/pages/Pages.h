@@ -2,23 +2,23 @@
 
 class NSP;
 
-// One function per page of the dispatcher (Part 1.3), each in its own file
+// One function per page of the dispatcher, each in its own file
 // (IndexPage.cpp, DebugPage.cpp, ...). A page reads its parameters through
 // nsp.request() and writes its answer with nsp.response().Write; the
 // dispatcher flushes the response after the page returns, whatever it wrote.
 namespace Pages
 {
 void Index(NSP& nsp);        // start page redirect, this Part (1.3)
-void AllStorage(NSP& nsp);   // storage inventory, Part 2.2
+void AllStorage(NSP& nsp);   // storage inventory
 void Debug(NSP& nsp);        // debug log, this Part (1.3)
-void Hardware(NSP& nsp);     // system summary, Part 2.3
+void Hardware(NSP& nsp);     // system summary
 void Wd100(NSP& nsp);        // management processor settings, not specified
-void OSTree(NSP& nsp);       // operating-system catalogue, Part 2.4
-void FSETReset(NSP& nsp);    // firmware-setup reset, Part 3.2
-void Reboot(NSP& nsp);       // reboot, Part 3.2
-void SetBootOrder(NSP& nsp); // boot order, Part 3.1
-void System(NSP& nsp);       // file, folder and program services, Part 5.3
-void Unattended(NSP& nsp);   // answer files, Part 4.1
+void OSTree(NSP& nsp);       // operating-system catalogue
+void FSETReset(NSP& nsp);    // firmware-setup reset
+void Reboot(NSP& nsp);       // reboot
+void SetBootOrder(NSP& nsp); // boot order
+void System(NSP& nsp);       // file, folder and program services
+void Unattended(NSP& nsp);   // answer files
 
 // The answer of a page whose collection has not landed yet (and, for good,
 // of "wd100.nsp"): {"ErrorCode":1}.

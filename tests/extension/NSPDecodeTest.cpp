@@ -98,7 +98,7 @@ TEST(NSPDecode, LongTextIsLinear)
     EXPECT_EQ(decode(text), std::string(200000, 'A'));
 }
 
-// The pair rule is that of Conversion::hexStringToInt (Part 7.2), for every
+// The pair rule is that of Conversion::hexStringToInt, for every
 // pair of bytes and for the short forms at the end of a text.
 TEST(NSPDecode, PairsFollowHexStringToInt)
 {

@@ -3,7 +3,7 @@
 // Shared helpers of the engine's unit tests.
 //
 // The entry point reads its configuration once per process, through the
-// host path in the environment variable "_" (Part 1.1). A global test
+// host path in the environment variable "_". A global test
 // environment therefore sets up, before any test runs, a host folder with
 // TIDEWELL.XML and "_" = <host folder>/iexplore, and a content folder that
 // the configuration names. Tests put the files they need into that content

@@ -81,7 +81,7 @@ case "$case" in
     expect_get "%G%" 1 "$work/expected" ;;
 
   system_query)
-    # Answers {"ErrorCode":1} until the system page (Part 5.3) is wired.
+    # Answers {"ErrorCode":1} until the system page is wired.
     printf '{"ErrorCode":1}' >"$work/expected"
     expect_get "system.nsp?Command=Query" 0 "$work/expected"
     printf 'not a page' >"$content/wd100.nsp"

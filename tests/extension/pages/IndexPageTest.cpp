@@ -84,7 +84,7 @@ TEST_F(IndexPage, RotationMarker)
 TEST_F(IndexPage, AFolderCountsAsAFile)
 {
     // isFile only asks whether the path opens for reading ("rb"), and a
-    // folder does on Linux (Part 5.1).
+    // folder does on Linux.
     TestSupport::makeDirectories(m_root->path() + "/mnt/automation/rotate.txt");
     EXPECT_EQ(run(), redirect("/rotate.htm"));
 }
