@@ -70,10 +70,9 @@ const int kSetup = 3;
 
 void usage()
 {
-    std::fprintf(stderr,
-                 "usage: tidewell_shell [OPTIONS] CONTENT get URL [METHOD]\n"
-                 "       tidewell_shell [OPTIONS] CONTENT serve\n"
-                 "OPTIONS: --module FILE  --host-dir DIR  --no-config\n");
+    std::fprintf(stderr, "usage: tidewell_shell [OPTIONS] CONTENT get URL [METHOD]\n"
+                         "       tidewell_shell [OPTIONS] CONTENT serve\n"
+                         "OPTIONS: --module FILE  --host-dir DIR  --no-config\n");
 }
 
 bool writeAll(int fd, const char* bytes, size_t length)
@@ -166,8 +165,8 @@ public:
             std::fprintf(stderr, "tidewell_shell: cannot load %s: %s\n", path, ::dlerror());
             return false;
         }
-        m_proc = reinterpret_cast<ZRAPPExtensionProcFunction>(
-            ::dlsym(m_handle, "ZRAPPExtensionProc"));
+        m_proc =
+            reinterpret_cast<ZRAPPExtensionProcFunction>(::dlsym(m_handle, "ZRAPPExtensionProc"));
         if (m_proc == nullptr)
         {
             std::fprintf(stderr, "tidewell_shell: %s has no ZRAPPExtensionProc\n", path);
@@ -195,21 +194,21 @@ private:
 };
 
 // Reads exactly `length` bytes; false at a premature end.
-bool readExactly(std::string& into, unsigned long length)
+bool readExactly(std::FILE* in, std::string& into, unsigned long length)
 {
     into.resize(length);
-    size_t got = length ? std::fread(&into[0], 1, length, stdin) : 0;
+    size_t got = length ? std::fread(&into[0], 1, length, in) : 0;
     return got == length;
 }
 
 // Reads one header line "<TOKEN> <N>\n". 0: read, 1: clean end of input,
 // -1: malformed.
-int readHeader(std::string& token, unsigned long& number)
+int readHeader(std::FILE* in, std::string& token, unsigned long& number)
 {
     std::string line;
     for (;;)
     {
-        int c = std::fgetc(stdin);
+        int c = std::fgetc(in);
         if (c == EOF)
             return line.empty() ? 1 : -1;
         if (c == '\n')
@@ -238,13 +237,13 @@ int readHeader(std::string& token, unsigned long& number)
     return 0;
 }
 
-int serve(Module& module, int out)
+int serve(Module& module, std::FILE* in, int out)
 {
     for (;;)
     {
         std::string method;
         unsigned long length = 0;
-        int header = readHeader(method, length);
+        int header = readHeader(in, method, length);
         if (header == 1)
             return 0;
         if (header < 0 || length > kMaxURL)
@@ -253,7 +252,7 @@ int serve(Module& module, int out)
             return kUsage;
         }
         std::string url;
-        if (!readExactly(url, length))
+        if (!readExactly(in, url, length))
         {
             std::fprintf(stderr, "tidewell_shell: request ended before its %lu URL bytes\n",
                          length);
@@ -327,6 +326,17 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "tidewell_shell: cannot set up standard output\n");
         return kSetup;
     }
+    // Requests arrive on a descriptor of their own; standard input becomes
+    // /dev/null, so that a program the module runs (system.nsp "Run") can
+    // neither read the request stream nor wait on it.
+    std::FILE* requests = ::fdopen(::dup(STDIN_FILENO), "rb");
+    int nothing = ::open("/dev/null", O_RDONLY);
+    if (requests == nullptr || nothing < 0 || ::dup2(nothing, STDIN_FILENO) < 0)
+    {
+        std::fprintf(stderr, "tidewell_shell: cannot set up standard input\n");
+        return kSetup;
+    }
+    ::close(nothing);
 
     HostFolder host;
     if (!host.Use(hostDir))
@@ -336,21 +346,20 @@ int main(int argc, char** argv)
         return kSetup;
     }
     const std::string configuration = "<?xml version=\"1.0\"?>\n"
-                                       "<TIDEWELL>\n"
-                                       "  <ExtensionModule value=\"" +
-                                       std::string(modulePath) +
-                                       "\"/>\n"
-                                       "  <WorkingDir value=\"" +
-                                       host.path() +
-                                       "\"/>\n"
-                                       "  <UrlBase value=\"" +
-                                       content +
-                                       "/\"/>\n"
-                                       "</TIDEWELL>\n";
+                                      "<TIDEWELL>\n"
+                                      "  <ExtensionModule value=\"" +
+                                      std::string(modulePath) +
+                                      "\"/>\n"
+                                      "  <WorkingDir value=\"" +
+                                      host.path() +
+                                      "\"/>\n"
+                                      "  <UrlBase value=\"" +
+                                      content +
+                                      "/\"/>\n"
+                                      "</TIDEWELL>\n";
     if (writeConfiguration && !writeFile(host.path() + "/TIDEWELL.XML", configuration))
     {
-        std::fprintf(stderr, "tidewell_shell: cannot write %s/TIDEWELL.XML\n",
-                     host.path().c_str());
+        std::fprintf(stderr, "tidewell_shell: cannot write %s/TIDEWELL.XML\n", host.path().c_str());
         return kSetup;
     }
     // The host executable's path, as the module reads it.
@@ -370,7 +379,7 @@ int main(int argc, char** argv)
         }
         else
         {
-            status = serve(module, out);
+            status = serve(module, requests, out);
         }
     }
     ::close(out);

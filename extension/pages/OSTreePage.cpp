@@ -1,10 +1,13 @@
+#include "collection/OSTree.h"
 #include "extension/NSP.h"
 #include "extension/pages/Pages.h"
 
-// "ostree.nsp": catalogue of installable operating systems.
-// Not available yet: answers {"ErrorCode":1} until the operating-system catalogue is in place;
-// this file is then replaced by the page itself.
+// "ostree.nsp": the tree of the operating systems named in "OSIDList", as a
+// JavaScript object literal written as the whole answer (no "ErrorCode").
 void Pages::OSTree(NSP& nsp)
 {
-    NotAvailable(nsp);
+    NSPRequest& request = nsp.request();
+    Collection::OSTree tree(Common::string(request("OSIDList")),
+                            Common::string(request("Selected")));
+    nsp.response().Write(tree.toString());
 }

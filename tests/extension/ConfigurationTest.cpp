@@ -34,12 +34,12 @@ TEST(Configuration, FileBesideTheHost)
 
 TEST(Configuration, Entries)
 {
-    Configuration::Values v = Configuration::parse(
-        "<?xml version=\"1.0\"?>\n<!-- the UI -->\n<TIDEWELL>\n"
-        "  <ExtensionModule value=\"C:\\ui\\ext.dll\"/>\n"
-        "  <WorkingDir value='D:\\work'/>\n"
-        "  <UrlBase value=\"/srv/content/\"></UrlBase>\n"
-        "</TIDEWELL>\n");
+    Configuration::Values v =
+        Configuration::parse("<?xml version=\"1.0\"?>\n<!-- the UI -->\n<TIDEWELL>\n"
+                             "  <ExtensionModule value=\"C:\\ui\\ext.dll\"/>\n"
+                             "  <WorkingDir value='D:\\work'/>\n"
+                             "  <UrlBase value=\"/srv/content/\"></UrlBase>\n"
+                             "</TIDEWELL>\n");
     EXPECT_EQ(text(v.extensionModule), "C:/ui/ext.dll");
     EXPECT_EQ(text(v.workingFolder), "D:/work");
     EXPECT_EQ(text(v.contentFolder), "/srv/content/");
@@ -47,9 +47,9 @@ TEST(Configuration, Entries)
 
 TEST(Configuration, MissingEntriesStayEmpty)
 {
-    Configuration::Values v = Configuration::parse(
-        "<TIDEWELL><UrlBase path=\"/x/\"/><urlbase value=\"/y/\"/>"
-        "<WorkingDir value=\"/w\"/></TIDEWELL>");
+    Configuration::Values v =
+        Configuration::parse("<TIDEWELL><UrlBase path=\"/x/\"/><urlbase value=\"/y/\"/>"
+                             "<WorkingDir value=\"/w\"/></TIDEWELL>");
     EXPECT_EQ(text(v.extensionModule), "");
     EXPECT_EQ(text(v.contentFolder), ""); // no "value"; tags are case-sensitive
     EXPECT_EQ(text(v.workingFolder), "/w");

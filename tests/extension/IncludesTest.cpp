@@ -33,9 +33,9 @@ struct Expanded
 Expanded expand(const std::string& page, MapReader& reader, const std::string& folder = "/p/",
                 const std::string& content = "/c/")
 {
-    Includes::Result r = Includes::expand(
-        Common::string(page.data(), static_cast<unsigned>(page.size())),
-        Common::string(folder.c_str()), Common::string(content.c_str()), reader);
+    Includes::Result r =
+        Includes::expand(Common::string(page.data(), static_cast<unsigned>(page.size())),
+                         Common::string(folder.c_str()), Common::string(content.c_str()), reader);
     return {std::string(r.text.c_str(), r.text.size()), r.expansions, r.limited};
 }
 
@@ -189,15 +189,18 @@ TEST(Includes, PageWithoutDirectivesIsShared)
 // specified loop.
 TEST(Includes, MatchesTheSpecifiedLoop)
 {
-    const char* pieces[] = {"<?include ", "?>", "a", "b", "/c", " ", "<?inc", "lude ", "<", "?",
-                            ">", "<?", "x", "\n", "<?include a?>", "<?include b?>"};
+    const char* pieces[] = {
+        "<?include ", "?>", "a", "b",  "/c", " ",  "<?inc",         "lude ",
+        "<",          "?",  ">", "<?", "x",  "\n", "<?include a?>", "<?include b?>"};
     const unsigned pieceCount = sizeof pieces / sizeof pieces[0];
     unsigned seed = 2024;
-    auto next = [&seed](unsigned n) {
+    auto next = [&seed](unsigned n)
+    {
         seed = seed * 1103515245u + 12345u;
         return (seed >> 16) % n;
     };
-    auto randomText = [&](unsigned maxPieces) {
+    auto randomText = [&](unsigned maxPieces)
+    {
         std::string text;
         unsigned count = next(maxPieces + 1);
         for (unsigned i = 0; i < count; ++i)

@@ -16,7 +16,8 @@ std::string decode(const std::string& text)
 // The specified loop, literally, as the reference for the one-pass version.
 std::string referenceDecode(const std::string& text)
 {
-    auto value = [](unsigned char c) -> int {
+    auto value = [](unsigned char c) -> int
+    {
         if (c >= 'a' && c <= 'z')
             return c - 'a' + 10;
         if (c >= 'A' && c <= 'Z')
@@ -67,7 +68,8 @@ TEST(NSPDecode, UnvalidatedPairs)
     EXPECT_EQ(decode("%GG"), std::string(1, static_cast<char>((16 * 16 + 16) & 0xFF)));
     EXPECT_EQ(decode("%zz"), std::string(1, static_cast<char>((35 * 16 + 35) & 0xFF)));
     // Other characters count their code minus "0".
-    EXPECT_EQ(decode("%%%"), std::string(1, static_cast<char>(((37 - 48) * 16 + (37 - 48)) & 0xFF)));
+    EXPECT_EQ(decode("%%%"),
+              std::string(1, static_cast<char>(((37 - 48) * 16 + (37 - 48)) & 0xFF)));
     EXPECT_EQ(decode("%00x"), std::string("\0x", 2));
     EXPECT_EQ(decode("%3F"), "?");
 }

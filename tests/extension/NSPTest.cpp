@@ -23,18 +23,17 @@ TEST(NSP, ElevenPagesInTheirOrder)
     unsigned count = 0;
     const char* const* names = NSP::pageNames(count);
     ASSERT_EQ(count, 11u);
-    const char* expected[] = {"index.nsp",  "allstorage.nsp", "debug.nsp",        "hardware.nsp",
-                              "wd100.nsp",  "ostree.nsp",     "fsetreset.nsp",    "reboot.nsp",
-                              "setbootorder.nsp", "system.nsp", "unattended.nsp"};
+    const char* expected[] = {"index.nsp",        "allstorage.nsp", "debug.nsp",     "hardware.nsp",
+                              "wd100.nsp",        "ostree.nsp",     "fsetreset.nsp", "reboot.nsp",
+                              "setbootorder.nsp", "system.nsp",     "unattended.nsp"};
     for (unsigned i = 0; i < count; ++i)
         EXPECT_STREQ(names[i], expected[i]);
 }
 
 TEST(NSP, PagesNotYetAvailableAnswerErrorCodeOne)
 {
-    const char* pages[] = {"allstorage.nsp", "hardware.nsp",     "wd100.nsp",  "ostree.nsp",
-                           "fsetreset.nsp",  "reboot.nsp",       "setbootorder.nsp",
-                           "system.nsp",     "unattended.nsp",   "WD100.NSP"};
+    const char* pages[] = {"allstorage.nsp", "hardware.nsp",     "wd100.nsp", "fsetreset.nsp",
+                           "reboot.nsp",     "setbootorder.nsp", "WD100.NSP"};
     for (const char* page : pages)
     {
         Common::string buffer;
@@ -47,8 +46,8 @@ TEST(NSP, PagesNotYetAvailableAnswerErrorCodeOne)
 
 TEST(NSP, UnknownPagesAreNotHandledAndWriteNothing)
 {
-    const char* pages[] = {"unknown.nsp", "sub/index.nsp", "/index.nsp", "index.nsp ", "index",
-                           "x.htm",       ""};
+    const char* pages[] = {
+        "unknown.nsp", "sub/index.nsp", "/index.nsp", "index.nsp ", "index", "x.htm", ""};
     for (const char* page : pages)
     {
         Common::string buffer("before");

@@ -81,9 +81,9 @@ case "$case" in
     expect_get "%G%" 1 "$work/expected" ;;
 
   system_query)
-    # Answers {"ErrorCode":1} until the system page is wired.
-    printf '{"ErrorCode":1}' >"$work/expected"
+    printf '{"ErrorCode":0,"Platform":"Linux"}' >"$work/expected"
     expect_get "system.nsp?Command=Query" 0 "$work/expected"
+    printf '{"ErrorCode":1}' >"$work/expected"
     printf 'not a page' >"$content/wd100.nsp"
     expect_get "wd100.nsp" 0 "$work/expected" ;;
 
@@ -125,7 +125,7 @@ case "$case" in
     {
       printf '0 42\n<html><div>header</div><p>body</p></html>\n'
       printf '1 0\n'
-      printf '0 15\n{"ErrorCode":1}'
+      printf '0 0\n' # a POST carries no parameters: no command, an empty answer
       printf '0 4\nHTML'
       start="$header<script type=\"text/JavaScript\">window.location = '/langsel.htm';</script>$footer"
       printf '0 %d\n%s' ${#start} "$start"
@@ -145,6 +145,17 @@ case "$case" in
     got=0
     printf 'GET 100\nshort' | shell "$content" serve >/dev/null 2>&1 || got=$?
     [[ $got -eq 2 ]] || fail "short URL: status $got" ;;
+
+  serve_run_reads_no_requests)
+    # A program run through system.nsp that reads standard input sees an
+    # empty input, not the request stream: the next request is still served.
+    run='system.nsp?Command=Run&Executable=cat'
+    { printf 'GET %d\n%s' ${#run} "$run"; printf 'GET 8\npage.htm'; } | shell "$content" serve >"$work/out" 2>"$work/err"
+    {
+      printf '0 71\n{"ErrorCode":0,"ReturnCode":"0","StandardOutput":"","StandardError":""}'
+      printf '0 42\n<html><div>header</div><p>body</p></html>\n'
+    } >"$work/expected"
+    cmp "$work/out" "$work/expected" || { od -c "$work/out" | head; fail "serve with a program reading standard input"; } ;;
 
   no_config)
     # Without a configuration file URLs resolve against the working folder.
