@@ -2,6 +2,10 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 double bestSeconds(int rounds, std::function<void()> const& work)
 {
@@ -26,4 +30,16 @@ void reportRatio(char const* name, double ours, double reference, double goal)
     else
         std::printf("%s: ours %.6f s, reference %.6f s, ratio %.2f (reported)\n", name, ours,
                     reference, ratio);
+}
+
+void readPlain(std::string const& path)
+{
+    int fd = open(path.c_str(), O_RDONLY);
+    struct stat info;
+    fstat(fd, &info);
+    char* buffer = static_cast<char*>(std::malloc(info.st_size));
+    if (read(fd, buffer, info.st_size) != info.st_size)
+        std::abort();
+    close(fd);
+    std::free(buffer);
 }

@@ -34,18 +34,6 @@ std::string makeFile()
     return path;
 }
 
-void readPlain(std::string const& path)
-{
-    int fd = open(path.c_str(), O_RDONLY);
-    struct stat info;
-    fstat(fd, &info);
-    char* buffer = static_cast<char*>(std::malloc(info.st_size));
-    if (read(fd, buffer, info.st_size) != info.st_size)
-        std::abort();
-    close(fd);
-    std::free(buffer);
-}
-
 void readThroughStream(std::string const& path)
 {
     Common::InputStreamFromFile in(path.c_str());

@@ -31,23 +31,13 @@ void writeFile(const std::string& path, const std::string& text)
     std::fclose(file);
 }
 
-void readPlain(const std::string& path)
-{
-    int fd = open(path.c_str(), O_RDONLY);
-    struct stat info;
-    fstat(fd, &info);
-    char* buffer = static_cast<char*>(std::malloc(info.st_size));
-    if (read(fd, buffer, info.st_size) != info.st_size)
-        std::abort();
-    close(fd);
-    std::free(buffer);
-}
-
 // HTML-like text: tags, blanks and words, but no directive.
 std::string htmlText(size_t size)
 {
-    static const char* const words[] = {"<p>", "server ", "setup ", "</p>\n", "<b>", "disk ",
-                                        "</b> ", "controller ", "<a href=\"/start.htm\">", "</a>"};
+    static const char* const words[] = {"<p>",    "server ",     "setup ",
+                                        "</p>\n", "<b>",         "disk ",
+                                        "</b> ",  "controller ", "<a href=\"/start.htm\">",
+                                        "</a>"};
     std::string text;
     unsigned i = 0;
     while (text.size() < size)
@@ -67,7 +57,8 @@ public:
             std::fprintf(stderr, "cannot load %s: %s\n", path, dlerror());
             std::exit(1);
         }
-        m_proc = reinterpret_cast<ZRAPPExtensionProcFunction>(dlsym(m_handle, "ZRAPPExtensionProc"));
+        m_proc =
+            reinterpret_cast<ZRAPPExtensionProcFunction>(dlsym(m_handle, "ZRAPPExtensionProc"));
         if (!m_proc)
             std::exit(1);
     }
@@ -101,8 +92,7 @@ int main()
     const std::string content = root + "/content/";
     mkdir(content.c_str(), 0755);
     mkdir((content + "part").c_str(), 0755);
-    writeFile(root + "/TIDEWELL.XML",
-              "<TIDEWELL><UrlBase value=\"" + content + "\"/></TIDEWELL>");
+    writeFile(root + "/TIDEWELL.XML", "<TIDEWELL><UrlBase value=\"" + content + "\"/></TIDEWELL>");
     setenv("_", (root + "/iexplore").c_str(), 1);
 
     const size_t big = 1u << 20;
@@ -138,10 +128,12 @@ int main()
         reportRatio("1 MiB .txt file through ZRAPPExtensionProc vs read(2)", ours, reference, 2.0);
 
         module.serve("zrmedia://Tidewell/includes.htm", expanded);
-        reference = bestSeconds(100, [&] {
-            for (const std::string& file : files)
-                readPlain(file);
-        });
+        reference = bestSeconds(100,
+                                [&]
+                                {
+                                    for (const std::string& file : files)
+                                        readPlain(file);
+                                });
         ours = bestSeconds(100, [&] { module.serve("zrmedia://Tidewell/includes.htm", expanded); });
         reportRatio("page with 100 includes of 1 KiB vs read(2) of its 101 files", ours, reference,
                     0);
