@@ -14,3 +14,10 @@ echo "== zrmedia://Tidewell/index.nsp"
 echo
 echo "== zrmedia://Tidewell/langsel.htm"
 "$shell" content get "zrmedia://Tidewell/langsel.htm"
+echo
+echo "== zrmedia://Tidewell/system.nsp?Command=Query"
+"$shell" content get "zrmedia://Tidewell/system.nsp?Command=Query"
+echo
+echo "== zrmedia://Tidewell/ostree.nsp?OSIDList=580002,5b0001"
+"$shell" content get "zrmedia://Tidewell/ostree.nsp?OSIDList=580002,5b0001"
+echo
