@@ -1,0 +1,54 @@
+#pragma once
+
+#include "sim/PciFunction.h"
+#include "sim/PciLocation.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+namespace Sim
+{
+
+// The host bridge: answers configuration mechanism #1 (a 32-bit address at
+// port 0xCF8, data at 0xCFC..0xCFF) with the configuration spaces of the
+// machine's functions. Absent functions read all ones and ignore writes.
+// Every port access it answers is counted.
+class HostBridge
+{
+public:
+    static bool answers(std::uint16_t port) { return port >= 0xCF8 && port <= 0xCFF; }
+    // What a read of `width` bytes gives where nothing answers.
+    static std::uint32_t allOnes(unsigned width)
+    {
+        return width >= 4 ? 0xFFFFFFFFu : (1u << (8 * width)) - 1;
+    }
+
+    std::uint32_t readPort(std::uint16_t port, unsigned width);
+    void writePort(std::uint16_t port, unsigned width, std::uint32_t value);
+
+    template <class Function> Function& add(PciLocation at, std::unique_ptr<Function> function)
+    {
+        Function& added = *function;
+        m_functions[at] = std::move(function);
+        return added;
+    }
+    PciFunction* find(PciLocation at) const;
+    std::map<PciLocation, std::unique_ptr<PciFunction>> const& functions() const
+    {
+        return m_functions;
+    }
+
+    unsigned long accesses() const { return m_accesses; }
+
+private:
+    // The function and register the address latch selects for data port
+    // byte `lane`, or null when configuration access is not enabled.
+    PciFunction* selected(unsigned lane, std::uint8_t& offset) const;
+
+    std::map<PciLocation, std::unique_ptr<PciFunction>> m_functions;
+    std::uint32_t m_address = 0;
+    unsigned long m_accesses = 0;
+};
+
+} // namespace Sim

@@ -1,0 +1,97 @@
+#include "sim/ProcTree.h"
+
+#include "sim/Machine.h"
+
+#include <cstdio>
+#include <fstream>
+
+namespace Sim
+{
+
+namespace fs = std::filesystem;
+
+namespace
+{
+std::string hex(unsigned value, int digits)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%0*x", digits, value);
+    return text;
+}
+
+void writeFile(fs::path const& path, std::string const& bytes)
+{
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+void writeProcBusPci(Machine const& machine, fs::path const& base)
+{
+    fs::create_directories(base);
+    std::string devices;
+    for (auto const& [at, function] : machine.bridge().functions())
+    {
+        auto const& config = function->config();
+        std::size_t size = std::min<std::size_t>(function->procFileSize(), config.size());
+        writeFile(base / hex(at.bus, 2) / (hex(at.device, 2) + "." + hex(at.function, 1)),
+                  std::string(config.begin(), config.begin() + size));
+        unsigned vendor = config[0] | config[1] << 8;
+        unsigned device = config[2] | config[3] << 8;
+        devices += hex(at.bus, 2) + hex(at.device << 3 | at.function, 2) + "\t" + hex(vendor, 4) +
+                   hex(device, 4) + "\n";
+    }
+    for (std::uint8_t bus : machine.emptyBusDirectories())
+        fs::create_directories(base / hex(bus, 2));
+    writeFile(base / "devices", devices);
+}
+
+void writeVlmpci(Machine const& machine, fs::path const& path)
+{
+    std::string text = "Velmar PCI IRQ routing table (version 1.0)\n"
+                       "bus dev fn link map  slot\n";
+    for (RoutingLine const& line : machine.routingLines())
+    {
+        char entry[64];
+        std::snprintf(entry, sizeof entry, "%02x %02x %02x %02x %04x %2d\n", line.at.bus,
+                      line.at.device, line.at.function, line.link, line.bitmap, line.slot);
+        text += entry;
+    }
+    writeFile(path, text + ")\n");
+}
+
+fs::path sysfsDevice(fs::path const& sys, PciLocation at)
+{
+    return sys / "bus/pci/devices" /
+           ("0000:" + hex(at.bus, 2) + ":" + hex(at.device, 2) + "." + std::to_string(at.function));
+}
+
+void writeSysfs(Machine const& machine, fs::path const& sys)
+{
+    fs::create_directories(sys / "bus/pci/devices");
+    fs::create_directories(sys / "block");
+    for (auto const& located : machine.bridge().functions())
+        fs::create_directories(sysfsDevice(sys, located.first));
+    for (Disk const& disk : machine.disks())
+    {
+        fs::path device = sysfsDevice(sys, disk.controller);
+        fs::path block = sys / "block" / disk.name;
+        writeFile(block / "removable", disk.removable ? "1\n" : "0\n");
+        writeFile(block / "size", std::to_string(disk.bytes / 512) + "\n");
+        fs::path scsi = device / "host0/target0:0:0/0:0:0:0";
+        fs::create_directories(scsi);
+        fs::create_directory_symlink(block, scsi / ("block:" + disk.name));
+    }
+}
+} // namespace
+
+void ProcTree::write(Machine const& machine, fs::path const& root)
+{
+    fs::create_directories(root / "proc");
+    if (!machine.faults().noProcBusPci)
+        writeProcBusPci(machine, root / "proc/bus/pci");
+    if (machine.hasVlmpci())
+        writeVlmpci(machine, root / "proc/vlmpci");
+    writeSysfs(machine, root / "sys");
+}
+
+} // namespace Sim

@@ -1,0 +1,211 @@
+#include "sim/SimulatedHardware.h"
+
+#include "sim/ProcTree.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace Sim
+{
+
+namespace fs = std::filesystem;
+
+namespace
+{
+fs::path makeScratchRoot()
+{
+    std::string pattern = (fs::temp_directory_path() / "tidewell-sim-XXXXXX").string();
+    char const* made = ::mkdtemp(pattern.data());
+    return made != nullptr ? fs::path(made) : fs::path();
+}
+
+// A BIOS's answer to a function it does not offer: carry set, AH 0x86.
+void unsupported(RomCallRegisters& registers)
+{
+    registers.eax = (registers.eax & 0xFFFF00FFu) | 0x8600u;
+    registers.eflags |= 1u;
+}
+} // namespace
+
+SimulatedHardware::SimulatedHardware(Machine& machine)
+    : m_machine(machine), m_root(makeScratchRoot())
+{
+    refreshFiles();
+}
+
+SimulatedHardware::~SimulatedHardware()
+{
+    std::error_code ignored;
+    if (!m_root.empty())
+        fs::remove_all(m_root, ignored);
+}
+
+bool SimulatedHardware::install()
+{
+    return Common::Platform::Select(*this);
+}
+
+void SimulatedHardware::refreshFiles()
+{
+    if (m_root.empty())
+        return;
+    std::error_code ignored;
+    for (auto const& entry : fs::directory_iterator(m_root))
+        fs::remove_all(entry.path(), ignored);
+    ProcTree::write(m_machine, m_root);
+}
+
+Common::string SimulatedHardware::path(char const* fixedPath) const
+{
+    return Common::string((m_root.string() + fixedPath).c_str());
+}
+
+int SimulatedHardware::openMemory(bool)
+{
+    if (m_machine.faults().noPhysicalMemory)
+    {
+        errno = EACCES;
+        return -1;
+    }
+    m_openMemory.insert(m_nextHandle);
+    return m_nextHandle++;
+}
+
+bool SimulatedHardware::readMemory(int memory, unsigned long long address, void* buffer,
+                                   unsigned length)
+{
+    if (m_openMemory.count(memory) == 0 || !m_machine.memory().contains(address, length))
+        return false;
+    std::memcpy(buffer, m_machine.memory().at(address), length);
+    return true;
+}
+
+void* SimulatedHardware::mapMemory(int memory, unsigned long long address, unsigned length, bool)
+{
+    if (m_openMemory.count(memory) == 0 || m_machine.faults().noMemoryMapping || length == 0 ||
+        address % 4096 != 0 || !m_machine.memory().contains(address, length))
+        return nullptr;
+    return m_machine.memory().at(address);
+}
+
+bool SimulatedHardware::unmapMemory(void* mapping, unsigned)
+{
+    return mapping != nullptr;
+}
+
+bool SimulatedHardware::closeMemory(int memory)
+{
+    return m_openMemory.erase(memory) == 1;
+}
+
+bool SimulatedHardware::raiseIOPrivilege()
+{
+    m_ioPrivilege = !m_machine.faults().noIOPrivilege;
+    return m_ioPrivilege;
+}
+
+std::uint32_t SimulatedHardware::readPort(unsigned short port, unsigned width)
+{
+    return m_ioPrivilege ? m_machine.readPort(port, width) : HostBridge::allOnes(width);
+}
+
+void SimulatedHardware::writePort(unsigned short port, unsigned width, std::uint32_t value)
+{
+    if (m_ioPrivilege)
+        m_machine.writePort(port, width, value);
+}
+
+unsigned char SimulatedHardware::readPort8(unsigned short port)
+{
+    return static_cast<unsigned char>(readPort(port, 1));
+}
+
+unsigned short SimulatedHardware::readPort16(unsigned short port)
+{
+    return static_cast<unsigned short>(readPort(port, 2));
+}
+
+unsigned int SimulatedHardware::readPort32(unsigned short port)
+{
+    return readPort(port, 4);
+}
+
+void SimulatedHardware::writePort8(unsigned short port, unsigned char value)
+{
+    writePort(port, 1, value);
+}
+
+void SimulatedHardware::writePort16(unsigned short port, unsigned short value)
+{
+    writePort(port, 2, value);
+}
+
+void SimulatedHardware::writePort32(unsigned short port, unsigned int value)
+{
+    writePort(port, 4, value);
+}
+
+void SimulatedHardware::callROM(RomCallRegisters& registers, void* entry, int mode)
+{
+    // Entry points are addresses inside mappings, which point straight into
+    // the machine's memory.
+    auto at = reinterpret_cast<std::uintptr_t>(entry);
+    auto begin = reinterpret_cast<std::uintptr_t>(m_machine.memory().begin());
+    Machine::RomService const* service =
+        m_ioPrivilege && at >= begin && at - begin < PhysicalMemory::kSize
+            ? m_machine.romService(static_cast<std::uint32_t>(at - begin))
+            : nullptr;
+    if (service == nullptr)
+        return unsupported(registers);
+    (*service)(registers, mode);
+}
+
+int SimulatedHardware::openIPMI(char const*)
+{
+    errno = ENOENT;
+    return -1;
+}
+
+void SimulatedHardware::closeIPMI(int) {}
+
+int SimulatedHardware::sendIPMI(int, ipmi_req&)
+{
+    errno = EBADF;
+    return -1;
+}
+
+bool SimulatedHardware::waitForIPMIReply(int)
+{
+    return false;
+}
+
+int SimulatedHardware::receiveIPMI(int, ipmi_recv&)
+{
+    errno = EBADF;
+    return -1;
+}
+
+int SimulatedHardware::runShellCommand(char const* command)
+{
+    m_machine.shellCommands().push_back(command);
+    return 0;
+}
+
+int SimulatedHardware::reboot(int, int, int)
+{
+    m_machine.recordReboot();
+    return 0;
+}
+
+void SimulatedHardware::sleepMicroseconds(unsigned int microseconds)
+{
+    m_machine.clock().advance(microseconds);
+}
+
+unsigned long long SimulatedHardware::elapsedMicroseconds()
+{
+    return m_machine.clock().now();
+}
+
+} // namespace Sim

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "platform/Hardware.h"
+#include "sim/Machine.h"
+
+#include <filesystem>
+#include <set>
+
+namespace Sim
+{
+
+// The hardware seam's simulated backend: every hardware effect of the
+// module lands on `machine`. Its fixed paths lie under a scratch root that
+// holds the machine's "/proc" and "/sys" files (written on construction and
+// by refreshFiles, removed on destruction). Port access counts on the
+// machine's bridge; sleeping advances the machine's clock.
+//
+// Never linked into the product module: tests and the development shell
+// only. install() makes it the process's backend, which can happen once per
+// process, before the first hardware access.
+class SimulatedHardware : public Common::Platform::Hardware
+{
+public:
+    explicit SimulatedHardware(Machine& machine);
+    ~SimulatedHardware() override;
+    SimulatedHardware(SimulatedHardware const&) = delete;
+    SimulatedHardware& operator=(SimulatedHardware const&) = delete;
+
+    bool install();
+    // Rewrites the "/proc" and "/sys" files from the machine as it is now.
+    void refreshFiles();
+    std::filesystem::path const& root() const { return m_root; }
+    // Handles of "/dev/mem" opened and not closed yet.
+    std::size_t openMemoryHandles() const { return m_openMemory.size(); }
+
+    Common::string path(char const* fixedPath) const override;
+
+    int openMemory(bool writable) override;
+    bool readMemory(int memory, unsigned long long address, void* buffer, unsigned length) override;
+    void* mapMemory(int memory, unsigned long long address, unsigned length,
+                    bool writable) override;
+    bool unmapMemory(void* mapping, unsigned length) override;
+    bool closeMemory(int memory) override;
+
+    bool raiseIOPrivilege() override;
+    unsigned char readPort8(unsigned short port) override;
+    unsigned short readPort16(unsigned short port) override;
+    unsigned int readPort32(unsigned short port) override;
+    void writePort8(unsigned short port, unsigned char value) override;
+    void writePort16(unsigned short port, unsigned short value) override;
+    void writePort32(unsigned short port, unsigned int value) override;
+
+    void callROM(RomCallRegisters& registers, void* entry, int mode) override;
+
+    int openIPMI(char const* devicePath) override;
+    void closeIPMI(int device) override;
+    int sendIPMI(int device, ipmi_req& request) override;
+    bool waitForIPMIReply(int device) override;
+    int receiveIPMI(int device, ipmi_recv& reply) override;
+
+    int runShellCommand(char const* command) override;
+    int reboot(int magic, int magic2, int command) override;
+
+    void sleepMicroseconds(unsigned int microseconds) override;
+    unsigned long long elapsedMicroseconds() override;
+
+private:
+    std::uint32_t readPort(unsigned short port, unsigned width);
+    void writePort(unsigned short port, unsigned width, std::uint32_t value);
+
+    Machine& m_machine;
+    std::filesystem::path m_root;
+    std::set<int> m_openMemory;
+    int m_nextHandle = 100;
+    bool m_ioPrivilege = false;
+};
+
+} // namespace Sim
