@@ -1,0 +1,81 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+// A copy of the probe in a directory every user can enter.
+class PublicCopy
+{
+public:
+    explicit PublicCopy(fs::path const& program)
+    {
+        std::string pattern = (fs::temp_directory_path() / "tidewell-probe-XXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr)
+            return;
+        m_directory = pattern;
+        fs::permissions(m_directory, fs::perms::owner_all | fs::perms::group_read |
+                                         fs::perms::group_exec | fs::perms::others_read |
+                                         fs::perms::others_exec);
+        m_program = m_directory / program.filename();
+        fs::copy_file(program, m_program);
+    }
+    ~PublicCopy()
+    {
+        std::error_code ignored;
+        fs::remove_all(m_directory, ignored);
+    }
+    fs::path const& program() const { return m_program; }
+
+private:
+    fs::path m_directory;
+    fs::path m_program;
+};
+
+std::string run(std::string const& command, int& status)
+{
+    std::string output;
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr)
+        return output;
+    char chunk[256];
+    while (std::fgets(chunk, sizeof chunk, pipe) != nullptr)
+        output += chunk;
+    status = ::pclose(pipe);
+    return output;
+}
+} // namespace
+
+// The product's real backend, run where it has no privileges (as "nobody"
+// when the tests run as root): nothing is found and nothing crashes. The
+// probe never runs with I/O privilege, so no port instruction executes.
+TEST(RealBackend, WithoutPrivilegesFindsNoSmbiosAndNoPciFunction)
+{
+    PublicCopy probe(REAL_BACKEND_PROBE);
+    ASSERT_FALSE(probe.program().empty());
+    std::string command = probe.program().string();
+    if (::geteuid() == 0)
+    {
+        int found = std::system("command -v setpriv >/dev/null 2>&1");
+        ASSERT_EQ(0, found) << "setpriv (util-linux) is needed to drop root";
+        command = "setpriv --reuid=nobody --regid=nogroup --clear-groups " + command;
+    }
+    int status = -1;
+    std::string output = run(command + " 2>&1", status);
+    ASSERT_TRUE(WIFEXITED(status)) << output;
+    ASSERT_EQ(0, WEXITSTATUS(status)) << output;
+    EXPECT_NE(std::string::npos, output.find("memory read: no\n")) << output;
+    EXPECT_NE(std::string::npos, output.find("smbios supported: no\n")) << output;
+    EXPECT_NE(std::string::npos, output.find("total ram: 0\n")) << output;
+    EXPECT_NE(std::string::npos, output.find("pci functions: 0\n")) << output;
+    EXPECT_NE(std::string::npos, output.find("nvram supported: no\n")) << output;
+    EXPECT_NE(std::string::npos, output.find("nvram signature: no\n")) << output;
+    EXPECT_NE(std::string::npos, output.find("port 0x80: true ff\n")) << output;
+}
