@@ -1,10 +1,10 @@
 #include "common/system/SMBios.h"
 
+#include "common/Conversion.h"
 #include "common/system/Memory.h"
 #include "common/system/SMBiosEntryPoint.h"
 #include "common/system/SMBiosTable.h"
 
-#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -155,9 +155,7 @@ string SMBios::GetTotalRAM() const
                             megabytes += size & 0x7FFF;
                         return ++counted < kMaxRecords;
                     });
-    char text[24];
-    std::snprintf(text, sizeof text, "%llu", megabytes);
-    return string(text);
+    return Conversion::toString(megabytes);
 }
 
 string SMBios::GetProcessorManufacturer() const
