@@ -22,13 +22,6 @@ namespace Platform
 namespace
 {
 char const kPhysicalMemory[] = "/dev/mem";
-
-// The status a BIOS gives for a function it does not offer: carry set, AH 0x86.
-void refuseROMCall(RomCallRegisters& registers)
-{
-    registers.eax = (registers.eax & 0xFFFF00FFu) | 0x8600u;
-    registers.eflags |= 1u;
-}
 } // namespace
 
 string RealHardware::path(char const* fixedPath) const
@@ -122,7 +115,7 @@ void RealHardware::callROM(RomCallRegisters& registers, void* entry, int mode)
     bool callable = mode == 3 || ((mode == 1 || mode == 2) && entry != nullptr);
     if (!m_ioPrivilege || !callable)
     {
-        refuseROMCall(registers);
+        registers.refuse();
         return;
     }
     rom_call(&registers, entry, mode);

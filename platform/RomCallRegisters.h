@@ -18,4 +18,10 @@ struct RomCallRegisters
 
     unsigned char al() const { return static_cast<unsigned char>(eax & 0xFF); }
     unsigned char ah() const { return static_cast<unsigned char>((eax >> 8) & 0xFF); }
+    // The answer of a ROM that does not offer the function: carry set, AH 0x86.
+    void refuse()
+    {
+        eax = (eax & 0xFFFF00FFu) | 0x8600u;
+        eflags |= 1u;
+    }
 };

@@ -19,13 +19,6 @@ fs::path makeScratchRoot()
     char const* made = ::mkdtemp(pattern.data());
     return made != nullptr ? fs::path(made) : fs::path();
 }
-
-// A BIOS's answer to a function it does not offer: carry set, AH 0x86.
-void unsupported(RomCallRegisters& registers)
-{
-    registers.eax = (registers.eax & 0xFFFF00FFu) | 0x8600u;
-    registers.eflags |= 1u;
-}
 } // namespace
 
 SimulatedHardware::SimulatedHardware(Machine& machine)
@@ -157,7 +150,7 @@ void SimulatedHardware::callROM(RomCallRegisters& registers, void* entry, int mo
             ? m_machine.romService(static_cast<std::uint32_t>(at - begin))
             : nullptr;
     if (service == nullptr)
-        return unsupported(registers);
+        return registers.refuse();
     (*service)(registers, mode);
 }
 
