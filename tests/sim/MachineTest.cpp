@@ -101,3 +101,34 @@ TEST(Machine, IplTableListsEntriesWithTheirDescriptions)
     EXPECT_EQ(2, table[20]);
     EXPECT_EQ(0, table[36]) << "a zero type ends the table";
 }
+
+TEST(SimulatedHardware, RomCallsReachServicesAtTheirEntryOnly)
+{
+    Sim::Machine machine;
+    machine.addRomService(0xE1000,
+                          [](RomCallRegisters& registers, int mode)
+                          {
+                              registers.ebx = static_cast<std::uint32_t>(mode);
+                              registers.eax &= 0xFFFF00FF;
+                          });
+    Sim::SimulatedHardware hardware(machine);
+    int memory = hardware.openMemory(true);
+    auto* rom = static_cast<std::uint8_t*>(hardware.mapMemory(memory, 0xA0000, 0x60000, true));
+    ASSERT_NE(nullptr, rom);
+
+    RomCallRegisters registers = {};
+    registers.eax = 0xB101;
+    hardware.raiseIOPrivilege();
+    hardware.callROM(registers, rom + (0xE1000 - 0xA0000), 2);
+    EXPECT_EQ(2u, registers.ebx);
+    EXPECT_EQ(0, registers.ah());
+    EXPECT_EQ(0u, registers.eflags & 1);
+
+    hardware.callROM(registers, rom + (0xE1004 - 0xA0000), 2);
+    EXPECT_EQ(0x86, registers.ah()) << "no service there";
+    EXPECT_EQ(1u, registers.eflags & 1);
+
+    EXPECT_TRUE(hardware.unmapMemory(rom, 0x60000));
+    EXPECT_TRUE(hardware.closeMemory(memory));
+    EXPECT_EQ(0u, hardware.openMemoryHandles());
+}
