@@ -1,0 +1,249 @@
+#include "sim/MachineDescription.h"
+
+#include "common/XML.h"
+#include "sim/Machine.h"
+
+#include <fstream>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+namespace Sim
+{
+
+namespace
+{
+using Common::XML::Element;
+typedef Common::shared_ptr<Element> ElementPtr;
+
+// A description error: what was wrong, and in which element.
+struct Malformed : std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
+std::string text(Common::string const& s)
+{
+    return std::string(s.c_str(), s.size());
+}
+
+std::string attribute(ElementPtr const& element, char const* name)
+{
+    return text(element->attribute(name));
+}
+
+std::uint64_t number(ElementPtr const& element, char const* name, std::uint64_t fallback,
+                     std::uint64_t max)
+{
+    std::string value = attribute(element, name);
+    if (value.empty())
+        return fallback;
+    std::size_t used = 0;
+    std::uint64_t parsed = 0;
+    try
+    {
+        parsed = std::stoull(value, &used, 0);
+    }
+    catch (std::exception const&)
+    {
+        used = 0;
+    }
+    if (used != value.size() || parsed > max)
+        throw Malformed("<" + text(element->tag()) + "> " + name + "=\"" + value +
+                        "\" is not a number up to " + std::to_string(max));
+    return parsed;
+}
+
+std::uint8_t byte(ElementPtr const& element, char const* name, std::uint8_t fallback = 0)
+{
+    return static_cast<std::uint8_t>(number(element, name, fallback, 0xFF));
+}
+
+std::uint16_t word(ElementPtr const& element, char const* name, std::uint16_t fallback = 0)
+{
+    return static_cast<std::uint16_t>(number(element, name, fallback, 0xFFFF));
+}
+
+std::uint32_t dword(ElementPtr const& element, char const* name, std::uint32_t fallback = 0)
+{
+    return static_cast<std::uint32_t>(number(element, name, fallback, 0xFFFFFFFFu));
+}
+
+bool flag(ElementPtr const& element, char const* name)
+{
+    std::string value = attribute(element, name);
+    if (value.empty() || value == "no")
+        return false;
+    if (value == "yes")
+        return true;
+    throw Malformed("<" + text(element->tag()) + "> " + name + "=\"" + value +
+                    "\" is neither yes nor no");
+}
+
+PciLocation location(ElementPtr const& element)
+{
+    PciLocation at;
+    at.bus = byte(element, "bus");
+    at.device = static_cast<std::uint8_t>(number(element, "device", 0, 31));
+    at.function = static_cast<std::uint8_t>(number(element, "function", 0, 7));
+    return at;
+}
+
+template <class Visit> void forEachChild(ElementPtr const& parent, Visit visit)
+{
+    for (auto it = parent->elementBegin(); it != parent->elementEnd(); ++it)
+        visit(*it);
+}
+
+void smbios(ElementPtr const& element, Machine& machine)
+{
+    SmbiosBuilder table;
+    std::map<std::string, std::function<void(ElementPtr const&)>> records = {
+        {"Bios", [&](ElementPtr const& e)
+         { table.bios(attribute(e, "vendor"), attribute(e, "version"), attribute(e, "date")); }},
+        {"System",
+         [&](ElementPtr const& e) {
+             table.system(attribute(e, "manufacturer"), attribute(e, "product"),
+                          attribute(e, "serial"));
+         }},
+        {"Chassis", [&](ElementPtr const& e) { table.chassis(attribute(e, "assetTag")); }},
+        {"Processor",
+         [&](ElementPtr const& e) {
+             table.processor(attribute(e, "manufacturer"), byte(e, "type", 3),
+                             byte(e, "status", 0x41));
+         }},
+        {"MemoryDevice",
+         [&](ElementPtr const& e) { table.memoryDevice(word(e, "size"), byte(e, "type", 0x18)); }},
+        {"RedundantRom",
+         [&](ElementPtr const& e) { table.redundantRomDate(attribute(e, "date")); }},
+        {"SystemId", [&](ElementPtr const& e) { table.systemId(attribute(e, "id")); }},
+    };
+    forEachChild(element,
+                 [&](ElementPtr const& record)
+                 {
+                     auto found = records.find(text(record->tag()));
+                     if (found == records.end())
+                         throw Malformed("unknown SMBIOS record <" + text(record->tag()) + ">");
+                     found->second(record);
+                 });
+    EntryPointPlacement placement;
+    placement.anchor = dword(element, "anchor", placement.anchor);
+    placement.table = dword(element, "table", placement.table);
+    machine.installSmbios(table, placement);
+}
+
+void iplTable(ElementPtr const& element, Machine& machine)
+{
+    std::vector<IplEntry> entries;
+    forEachChild(element,
+                 [&](ElementPtr const& entry) {
+                     entries.push_back(
+                         {word(entry, "type"), location(entry), attribute(entry, "description")});
+                 });
+    machine.installIplTable(entries, dword(element, "address", 0xF4000));
+}
+
+void function(ElementPtr const& element, Machine& machine)
+{
+    PciFunction& added =
+        machine.addFunction(location(element), word(element, "vendor"), word(element, "deviceId"),
+                            byte(element, "class"), byte(element, "subclass"));
+    added.subsystem(word(element, "subsystemVendor"), word(element, "subsystemId"));
+    added.procFileSize(static_cast<unsigned>(number(element, "procFileSize", 256, 256)));
+}
+
+void faults(ElementPtr const& element, Machine& machine)
+{
+    Faults& faults = machine.faults();
+    faults.noPhysicalMemory = flag(element, "noPhysicalMemory");
+    faults.noMemoryMapping = flag(element, "noMemoryMapping");
+    faults.noIOPrivilege = flag(element, "noIOPrivilege");
+    faults.noProcBusPci = flag(element, "noProcBusPci");
+}
+
+void describe(ElementPtr const& root, Machine& machine)
+{
+    if (text(root->tag()) != "Machine")
+        throw Malformed("the root element is <" + text(root->tag()) + ">, not <Machine>");
+    std::map<std::string, std::function<void(ElementPtr const&)>> parts = {
+        {"Smbios", [&](ElementPtr const& e) { smbios(e, machine); }},
+        {"Signatures",
+         [&](ElementPtr const& e)
+         {
+             if (flag(e, "velmar"))
+                 machine.signVelmar();
+             if (flag(e, "nvram"))
+                 machine.signNvram();
+         }},
+        {"IplTable", [&](ElementPtr const& e) { iplTable(e, machine); }},
+        {"Function", [&](ElementPtr const& e) { function(e, machine); }},
+        {"Bridge",
+         [&](ElementPtr const& e) { machine.addBridge(location(e), byte(e, "secondary")); }},
+        {"NvramController", [&](ElementPtr const& e)
+         { machine.addNvramController(location(e), word(e, "deviceId", 0xA0F0)); }},
+        {"EmptyBus", [&](ElementPtr const& e) { machine.addEmptyBusDirectory(byte(e, "bus")); }},
+        {"Routing",
+         [&](ElementPtr const& e)
+         {
+             machine.provideVlmpci();
+             forEachChild(e,
+                          [&](ElementPtr const& line)
+                          {
+                              machine.addRoutingLine({location(line), byte(line, "slot"),
+                                                      byte(line, "link", 0x60),
+                                                      word(line, "bitmap", 0xDEB8)});
+                          });
+         }},
+        {"Disk",
+         [&](ElementPtr const& e)
+         {
+             machine.addDisk({location(e), attribute(e, "name"), number(e, "bytes", 0, ~0ull),
+                              flag(e, "removable")});
+         }},
+        {"Faults", [&](ElementPtr const& e) { faults(e, machine); }},
+    };
+    forEachChild(root,
+                 [&](ElementPtr const& part)
+                 {
+                     auto found = parts.find(text(part->tag()));
+                     if (found == parts.end())
+                         throw Malformed("unknown element <" + text(part->tag()) + ">");
+                     found->second(part);
+                 });
+}
+} // namespace
+
+bool MachineDescription::Load(std::string const& path, Machine& machine, std::string& error)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+    {
+        error = "cannot read " + path;
+        return false;
+    }
+    std::ostringstream content;
+    content << file.rdbuf();
+    if (Parse(content.str(), machine, error))
+        return true;
+    error = path + ": " + error;
+    return false;
+}
+
+bool MachineDescription::Parse(std::string const& description, Machine& machine, std::string& error)
+{
+    ElementPtr root(new Element(Common::string()));
+    Common::XML::Parser().XML(Common::string(description.data(), description.size()), root);
+    try
+    {
+        describe(root, machine);
+        return true;
+    }
+    catch (Malformed const& malformed)
+    {
+        error = malformed.what();
+        return false;
+    }
+}
+
+} // namespace Sim

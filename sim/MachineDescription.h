@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+
+namespace Sim
+{
+
+class Machine;
+
+// Builds a simulated server from an XML description (read with the
+// project's own XML parser). The root element "Machine" holds, in any order:
+//
+//   <Smbios anchor="0xF0010" table="0xF1000">   records in table order:
+//     <Bios vendor="" version="" date=""/>  <System manufacturer="" product=""
+//     serial=""/>  <Chassis assetTag=""/>  <Processor manufacturer="" type="3"
+//     status="0x41"/>  <MemoryDevice size="4096" type="0x18"/>
+//     <RedundantRom date=""/>  <SystemId id=""/>
+//   </Smbios>
+//   <Signatures velmar="yes" nvram="yes"/>
+//   <IplTable address="0xF4000"><Entry type="2" bus="" device="" function=""
+//     description=""/></IplTable>
+//   <Function bus="" device="" function="" vendor="" deviceId="" class=""
+//     subclass="" subsystemVendor="" subsystemId="" procFileSize="256"/>
+//   <Bridge bus="" device="" function="" secondary=""/>
+//   <NvramController bus="" device="" function="" deviceId="0xA0F0"/>
+//   <EmptyBus bus=""/>
+//   <Routing><Line bus="" device="" function="" slot="" link="" bitmap=""/>
+//     </Routing>
+//   <Disk bus="" device="" function="" name="sda" bytes="" removable="no"/>
+//   <Faults noPhysicalMemory="no" noMemoryMapping="no" noIOPrivilege="no"
+//     noProcBusPci="no"/>
+//
+// Numbers are decimal or 0x-prefixed hexadecimal; flags are "yes" or "no".
+// Omitted numbers are 0 unless shown above.
+class MachineDescription
+{
+public:
+    // False, with `error` saying what and where, for an unreadable file, an
+    // unknown element or a malformed number; `machine` may then be partly
+    // built.
+    static bool Load(std::string const& path, Machine& machine, std::string& error);
+    static bool Parse(std::string const& text, Machine& machine, std::string& error);
+};
+
+} // namespace Sim

@@ -1,0 +1,77 @@
+#include "sim/MachineDescription.h"
+
+#include "common/system/NVRAM.h"
+#include "common/system/PCI.h"
+#include "common/system/RomSignature.h"
+#include "common/system/SMBios.h"
+#include "tests/support/SimulatedServer.h"
+
+#include <string>
+
+using Common::System::PCI;
+
+namespace
+{
+std::string str(Common::string const& s)
+{
+    return std::string(s.c_str(), s.size());
+}
+} // namespace
+
+TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
+{
+    Sim::Machine machine;
+    std::string error;
+    ASSERT_TRUE(
+        Sim::MachineDescription::Load(SIM_MACHINES_DIR "/corvane-dl380-g7.xml", machine, error))
+        << error;
+    onSimulatedServer(machine,
+                      [](Sim::Machine&)
+                      {
+                          Common::System::SMBios smbios;
+                          EXPECT_EQ("Corvane DL380 G7", str(smbios.GetProductName()));
+                          EXPECT_EQ("0725", str(smbios.GetServerID()));
+                          EXPECT_EQ("16384", str(smbios.GetTotalRAM()));
+                          EXPECT_TRUE(IsNVRAMSupported());
+                          EXPECT_TRUE(Common::System::NVRAM::Supported());
+
+                          PCI::_PCI_ADDRESS at;
+                          PCI::InitializeEnumerate(at);
+                          int functions = 0;
+                          while (PCI::EnumerateDevice(at))
+                              ++functions;
+                          EXPECT_EQ(10, functions);
+
+                          PCI::_PCI_ADDRESS fibreChannel = {4, 0, 0, 0};
+                          unsigned char slot = 0;
+                          PCI::Slot(fibreChannel, slot);
+                          EXPECT_EQ(2, slot);
+                          unsigned int subsystem = 0;
+                          EXPECT_TRUE(PCI::SubsystemID(fibreChannel, subsystem));
+                          EXPECT_EQ(0x0E113262u, subsystem);
+                      });
+}
+
+TEST(MachineDescription, FaultsAndMistakesAreReported)
+{
+    Sim::Machine faulty;
+    std::string error;
+    ASSERT_TRUE(Sim::MachineDescription::Parse(
+        "<Machine><Faults noIOPrivilege=\"yes\" noProcBusPci=\"yes\"/></Machine>", faulty, error))
+        << error;
+    EXPECT_TRUE(faulty.faults().noIOPrivilege);
+    EXPECT_TRUE(faulty.faults().noProcBusPci);
+    EXPECT_FALSE(faulty.faults().noPhysicalMemory);
+
+    Sim::Machine machine;
+    EXPECT_FALSE(Sim::MachineDescription::Parse("<Machine><Toaster/></Machine>", machine, error));
+    EXPECT_EQ("unknown element <Toaster>", error);
+    EXPECT_FALSE(Sim::MachineDescription::Parse("<Machine><Function bus=\"0x100\"/></Machine>",
+                                                machine, error));
+    EXPECT_EQ("<Function> bus=\"0x100\" is not a number up to 255", error);
+    EXPECT_FALSE(Sim::MachineDescription::Parse("<Machine><Bridge device=\"12ab\"/></Machine>",
+                                                machine, error));
+    EXPECT_FALSE(Sim::MachineDescription::Parse("<Server/>", machine, error));
+    EXPECT_FALSE(Sim::MachineDescription::Load("/nonexistent/machine.xml", machine, error));
+    EXPECT_EQ("cannot read /nonexistent/machine.xml", error);
+}
