@@ -96,10 +96,26 @@ template <class Visit> void forEachChild(ElementPtr const& parent, Visit visit)
         visit(*it);
 }
 
+typedef std::map<std::string, std::function<void(ElementPtr const&)>> Handlers;
+
+// Hands every child of `parent` to the handler named by its tag; an unknown
+// tag is an error.
+void dispatch(ElementPtr const& parent, Handlers const& handlers, std::string const& kind)
+{
+    forEachChild(parent,
+                 [&](ElementPtr const& child)
+                 {
+                     auto found = handlers.find(text(child->tag()));
+                     if (found == handlers.end())
+                         throw Malformed("unknown " + kind + " <" + text(child->tag()) + ">");
+                     found->second(child);
+                 });
+}
+
 void smbios(ElementPtr const& element, Machine& machine)
 {
     SmbiosBuilder table;
-    std::map<std::string, std::function<void(ElementPtr const&)>> records = {
+    Handlers records = {
         {"Bios", [&](ElementPtr const& e)
          { table.bios(attribute(e, "vendor"), attribute(e, "version"), attribute(e, "date")); }},
         {"System",
@@ -119,14 +135,7 @@ void smbios(ElementPtr const& element, Machine& machine)
          [&](ElementPtr const& e) { table.redundantRomDate(attribute(e, "date")); }},
         {"SystemId", [&](ElementPtr const& e) { table.systemId(attribute(e, "id")); }},
     };
-    forEachChild(element,
-                 [&](ElementPtr const& record)
-                 {
-                     auto found = records.find(text(record->tag()));
-                     if (found == records.end())
-                         throw Malformed("unknown SMBIOS record <" + text(record->tag()) + ">");
-                     found->second(record);
-                 });
+    dispatch(element, records, "SMBIOS record");
     EntryPointPlacement placement;
     placement.anchor = dword(element, "anchor", placement.anchor);
     placement.table = dword(element, "table", placement.table);
@@ -166,7 +175,7 @@ void describe(ElementPtr const& root, Machine& machine)
 {
     if (text(root->tag()) != "Machine")
         throw Malformed("the root element is <" + text(root->tag()) + ">, not <Machine>");
-    std::map<std::string, std::function<void(ElementPtr const&)>> parts = {
+    Handlers parts = {
         {"Smbios", [&](ElementPtr const& e) { smbios(e, machine); }},
         {"Signatures",
          [&](ElementPtr const& e)
@@ -203,14 +212,7 @@ void describe(ElementPtr const& root, Machine& machine)
          }},
         {"Faults", [&](ElementPtr const& e) { faults(e, machine); }},
     };
-    forEachChild(root,
-                 [&](ElementPtr const& part)
-                 {
-                     auto found = parts.find(text(part->tag()));
-                     if (found == parts.end())
-                         throw Malformed("unknown element <" + text(part->tag()) + ">");
-                     found->second(part);
-                 });
+    dispatch(root, parts, "element");
 }
 } // namespace
 

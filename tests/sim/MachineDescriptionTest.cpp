@@ -25,31 +25,31 @@ TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
     ASSERT_TRUE(
         Sim::MachineDescription::Load(SIM_MACHINES_DIR "/corvane-dl380-g7.xml", machine, error))
         << error;
-    onSimulatedServer(machine,
-                      [](Sim::Machine&)
-                      {
-                          Common::System::SMBios smbios;
-                          EXPECT_EQ("Corvane DL380 G7", str(smbios.GetProductName()));
-                          EXPECT_EQ("0725", str(smbios.GetServerID()));
-                          EXPECT_EQ("16384", str(smbios.GetTotalRAM()));
-                          EXPECT_TRUE(IsNVRAMSupported());
-                          EXPECT_TRUE(Common::System::NVRAM::Supported());
+    auto check = [](Sim::Machine&)
+    {
+        Common::System::SMBios smbios;
+        EXPECT_EQ("Corvane DL380 G7", str(smbios.GetProductName()));
+        EXPECT_EQ("0725", str(smbios.GetServerID()));
+        EXPECT_EQ("16384", str(smbios.GetTotalRAM()));
+        EXPECT_TRUE(IsNVRAMSupported());
+        EXPECT_TRUE(Common::System::NVRAM::Supported());
 
-                          PCI::_PCI_ADDRESS at;
-                          PCI::InitializeEnumerate(at);
-                          int functions = 0;
-                          while (PCI::EnumerateDevice(at))
-                              ++functions;
-                          EXPECT_EQ(10, functions);
+        PCI::_PCI_ADDRESS at;
+        PCI::InitializeEnumerate(at);
+        int functions = 0;
+        while (PCI::EnumerateDevice(at))
+            ++functions;
+        EXPECT_EQ(10, functions);
 
-                          PCI::_PCI_ADDRESS fibreChannel = {4, 0, 0, 0};
-                          unsigned char slot = 0;
-                          PCI::Slot(fibreChannel, slot);
-                          EXPECT_EQ(2, slot);
-                          unsigned int subsystem = 0;
-                          EXPECT_TRUE(PCI::SubsystemID(fibreChannel, subsystem));
-                          EXPECT_EQ(0x0E113262u, subsystem);
-                      });
+        PCI::_PCI_ADDRESS fibreChannel = {4, 0, 0, 0};
+        unsigned char slot = 0;
+        PCI::Slot(fibreChannel, slot);
+        EXPECT_EQ(2, slot);
+        unsigned int subsystem = 0;
+        EXPECT_TRUE(PCI::SubsystemID(fibreChannel, subsystem));
+        EXPECT_EQ(0x0E113262u, subsystem);
+    };
+    onSimulatedServer(machine, check);
 }
 
 TEST(MachineDescription, FaultsAndMistakesAreReported)
