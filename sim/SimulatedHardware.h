@@ -52,6 +52,8 @@ public:
 
     void callROM(RomCallRegisters& registers, void* entry, int mode) override;
 
+    // The simulated server has no management controller: the IPMI device
+    // never opens, and shell commands and reboots are only recorded.
     int openIPMI(char const* devicePath) override;
     void closeIPMI(int device) override;
     int sendIPMI(int device, ipmi_req& request) override;
