@@ -7,8 +7,8 @@ set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 scripts/deps.sh
-scripts/build.sh build/release -DCMAKE_BUILD_TYPE=Release -DTIDEWELL_TESTS=OFF
-shell=build/release/host/tidewell_shell
+scripts/build.sh build/main -DCMAKE_BUILD_TYPE=Release -DTIDEWELL_TESTS=OFF
+shell=build/main/host/tidewell_shell
 echo "== zrmedia://Tidewell/index.nsp"
 "$shell" content get "zrmedia://Tidewell/index.nsp"
 echo
