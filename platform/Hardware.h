@@ -37,12 +37,14 @@ public:
     // (negative on failure, errno set), which read, map and close take.
     // readMemory copies exactly `length` bytes from `address` or fails.
     // mapMemory wants a page-aligned `address`; it gives null on failure and
-    // the mapping must be released with unmapMemory and the same length.
+    // the mapping must be released with unmapMemory and the same length. ROM
+    // code is entered only inside an `executable` mapping (current kernels
+    // run no code from a mapping without execute permission).
     virtual int openMemory(bool writable) = 0;
     virtual bool readMemory(int memory, unsigned long long address, void* buffer,
                             unsigned length) = 0;
-    virtual void* mapMemory(int memory, unsigned long long address, unsigned length,
-                            bool writable) = 0;
+    virtual void* mapMemory(int memory, unsigned long long address, unsigned length, bool writable,
+                            bool executable) = 0;
     virtual bool unmapMemory(void* mapping, unsigned length) = 0;
     virtual bool closeMemory(int memory) = 0;
 

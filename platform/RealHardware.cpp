@@ -54,10 +54,11 @@ bool RealHardware::readMemory(int memory, unsigned long long address, void* buff
 }
 
 void* RealHardware::mapMemory(int memory, unsigned long long address, unsigned length,
-                              bool writable)
+                              bool writable, bool executable)
 {
-    void* mapping = ::mmap64(nullptr, length, PROT_READ | (writable ? PROT_WRITE : 0), MAP_SHARED,
-                             memory, static_cast<off64_t>(address));
+    int protection = PROT_READ | (writable ? PROT_WRITE : 0) | (executable ? PROT_EXEC : 0);
+    void* mapping =
+        ::mmap64(nullptr, length, protection, MAP_SHARED, memory, static_cast<off64_t>(address));
     return mapping == MAP_FAILED ? nullptr : mapping;
 }
 

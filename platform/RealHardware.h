@@ -22,8 +22,8 @@ public:
 
     int openMemory(bool writable) override;
     bool readMemory(int memory, unsigned long long address, void* buffer, unsigned length) override;
-    void* mapMemory(int memory, unsigned long long address, unsigned length,
-                    bool writable) override;
+    void* mapMemory(int memory, unsigned long long address, unsigned length, bool writable,
+                    bool executable) override;
     bool unmapMemory(void* mapping, unsigned length) override;
     bool closeMemory(int memory) override;
 

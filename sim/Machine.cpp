@@ -105,7 +105,13 @@ void Machine::addRoutingLine(RoutingLine const& line)
     m_routingLines.push_back(line);
 }
 
-Machine::RomService const* Machine::romService(std::uint32_t entry) const
+void Machine::addRomService(std::uint32_t entry, RomReturn returns, RomService service)
+{
+    m_rom[entry] = RomEntry{returns, std::move(service)};
+    m_memory.write(entry, romStub(*this, entry, returns));
+}
+
+Machine::RomEntry const* Machine::romService(std::uint32_t entry) const
 {
     auto found = m_rom.find(entry);
     return found == m_rom.end() ? nullptr : &found->second;

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "sim/EnvironmentStore.h"
 #include "sim/HostBridge.h"
 #include "sim/NvramController.h"
 #include "sim/PhysicalMemory.h"
+#include "sim/RomStub.h"
 #include "sim/SimClock.h"
 #include "sim/SmbiosBuilder.h"
 
@@ -75,7 +77,12 @@ struct EntryPointPlacement
 class Machine
 {
 public:
-    using RomService = std::function<void(RomCallRegisters&, int mode)>;
+    using RomService = std::function<void(RomCallRegisters&)>;
+    struct RomEntry
+    {
+        RomReturn returns;
+        RomService service;
+    };
 
     Machine() = default;
     Machine(Machine const&) = delete;
@@ -113,9 +120,17 @@ public:
     void addDisk(Disk const& disk) { m_disks.push_back(disk); }
     std::vector<Disk> const& disks() const { return m_disks; }
 
-    // Code entered at physical address `entry` (through callROM).
-    void addRomService(std::uint32_t entry, RomService service) { m_rom[entry] = service; }
-    RomService const* romService(std::uint32_t entry) const;
+    // Places the code stub of `service` at physical address `entry`: the ROM
+    // call enters it there and it returns as `returns` says.
+    void addRomService(std::uint32_t entry, RomReturn returns, RomService service);
+    RomEntry const* romService(std::uint32_t entry) const;
+
+    // The environment variables behind the ROM's INT 15h functions, and the
+    // interrupt-routing table its PCI BIOS hands out (sim/RomServices.h puts
+    // the services in place).
+    EnvironmentStore& environment() { return m_environment; }
+    void addRomRoute(RoutingLine const& route) { m_romRoutes.push_back(route); }
+    std::vector<RoutingLine> const& romRoutes() const { return m_romRoutes; }
 
     std::uint32_t readPort(std::uint16_t port, unsigned width);
     void writePort(std::uint16_t port, unsigned width, std::uint32_t value);
@@ -134,7 +149,9 @@ private:
     std::vector<RoutingLine> m_routingLines;
     std::set<std::uint8_t> m_emptyBuses;
     std::vector<Disk> m_disks;
-    std::map<std::uint32_t, RomService> m_rom;
+    std::map<std::uint32_t, RomEntry> m_rom;
+    EnvironmentStore m_environment;
+    std::vector<RoutingLine> m_romRoutes;
     std::vector<std::string> m_shellCommands;
     unsigned m_reboots = 0;
 };

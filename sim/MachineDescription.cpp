@@ -2,6 +2,7 @@
 
 #include "common/XML.h"
 #include "sim/Machine.h"
+#include "sim/RomServices.h"
 
 #include <fstream>
 #include <functional>
@@ -162,6 +163,28 @@ void function(ElementPtr const& element, Machine& machine)
     added.procFileSize(static_cast<unsigned>(number(element, "procFileSize", 256, 256)));
 }
 
+// A Corvane ROM with its services, environment variables and routing table.
+void rom(ElementPtr const& element, Machine& machine)
+{
+    RomServices::addStandardRom(machine);
+    Handlers parts = {
+        {"Variable",
+         [&](ElementPtr const& e)
+         {
+             std::string value = attribute(e, "value");
+             machine.environment().set(attribute(e, "name"),
+                                       std::vector<std::uint8_t>(value.begin(), value.end()));
+         }},
+        {"Route",
+         [&](ElementPtr const& e)
+         {
+             machine.addRomRoute(
+                 {location(e), byte(e, "slot"), byte(e, "link", 0x60), word(e, "bitmap", 0xDEB8)});
+         }},
+    };
+    dispatch(element, parts, "ROM part");
+}
+
 void faults(ElementPtr const& element, Machine& machine)
 {
     Faults& faults = machine.faults();
@@ -210,6 +233,7 @@ void describe(ElementPtr const& root, Machine& machine)
              machine.addDisk({location(e), attribute(e, "name"), number(e, "bytes", 0, ~0ull),
                               flag(e, "removable")});
          }},
+        {"Rom", [&](ElementPtr const& e) { rom(e, machine); }},
         {"Faults", [&](ElementPtr const& e) { faults(e, machine); }},
     };
     dispatch(root, parts, "element");

@@ -27,6 +27,10 @@ class Machine;
 //   <Routing><Line bus="" device="" function="" slot="" link="" bitmap=""/>
 //     </Routing>
 //   <Disk bus="" device="" function="" name="sda" bytes="" removable="no"/>
+//   <Rom>   a Corvane ROM (sim/RomServices.h, "VELMAR" included) holding:
+//     <Variable name="RXHIPL" value="text"/>  <Route bus="" device=""
+//     function="" slot="" link="0x60" bitmap="0xDEB8"/>  (its routing table)
+//   </Rom>
 //   <Faults noPhysicalMemory="no" noMemoryMapping="no" noIOPrivilege="no"
 //     noProcBusPci="no"/>
 //

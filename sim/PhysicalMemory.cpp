@@ -1,9 +1,24 @@
 #include "sim/PhysicalMemory.h"
 
-#include <algorithm>
+#include <new>
+#include <sys/mman.h>
 
 namespace Sim
 {
+
+PhysicalMemory::PhysicalMemory()
+{
+    void* bytes = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE | PROT_EXEC,
+                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (bytes == MAP_FAILED)
+        throw std::bad_alloc();
+    m_bytes = static_cast<std::uint8_t*>(bytes);
+}
+
+PhysicalMemory::~PhysicalMemory()
+{
+    ::munmap(m_bytes, kSize);
+}
 
 void PhysicalMemory::write(std::uint64_t address, std::vector<std::uint8_t> const& bytes)
 {

@@ -9,12 +9,19 @@ namespace Sim
 
 // The simulated server's physical memory: the first MiB, zero-filled, with
 // the BIOS area at its top. Addresses beyond it do not exist.
+//
+// The bytes are mapped executable as well as readable and writable: the ROM
+// services are real x86 code stubs in this memory, entered through the ROM
+// call.
 class PhysicalMemory
 {
 public:
     static constexpr std::uint64_t kSize = 0x100000;
 
-    PhysicalMemory() : m_bytes(kSize, 0) {}
+    PhysicalMemory();
+    ~PhysicalMemory();
+    PhysicalMemory(PhysicalMemory const&) = delete;
+    PhysicalMemory& operator=(PhysicalMemory const&) = delete;
 
     bool contains(std::uint64_t address, std::uint64_t length) const
     {
@@ -25,11 +32,11 @@ public:
     void write(std::uint64_t address, std::string const& text);
     std::vector<std::uint8_t> read(std::uint64_t address, std::size_t length) const;
 
-    std::uint8_t* at(std::uint64_t address) { return m_bytes.data() + address; }
-    std::uint8_t const* begin() const { return m_bytes.data(); }
+    std::uint8_t* at(std::uint64_t address) { return m_bytes + address; }
+    std::uint8_t const* begin() const { return m_bytes; }
 
 private:
-    std::vector<std::uint8_t> m_bytes;
+    std::uint8_t* m_bytes;
 };
 
 } // namespace Sim

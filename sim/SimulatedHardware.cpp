@@ -2,6 +2,8 @@
 
 #include "sim/ProcTree.h"
 
+#include "platform/RomCall.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -74,17 +76,35 @@ bool SimulatedHardware::readMemory(int memory, unsigned long long address, void*
     return true;
 }
 
-void* SimulatedHardware::mapMemory(int memory, unsigned long long address, unsigned length, bool)
+void* SimulatedHardware::mapMemory(int memory, unsigned long long address, unsigned length, bool,
+                                   bool executable)
 {
     if (m_openMemory.count(memory) == 0 || m_machine.faults().noMemoryMapping || length == 0 ||
         address % 4096 != 0 || !m_machine.memory().contains(address, length))
         return nullptr;
-    return m_machine.memory().at(address);
+    std::uint8_t* mapping = m_machine.memory().at(address);
+    m_mappings.push_back(Mapping{mapping, length, executable});
+    return mapping;
 }
 
-bool SimulatedHardware::unmapMemory(void* mapping, unsigned)
+bool SimulatedHardware::unmapMemory(void* mapping, unsigned length)
 {
-    return mapping != nullptr;
+    for (auto at = m_mappings.begin(); at != m_mappings.end(); ++at)
+        if (at->begin == mapping && at->length == length)
+        {
+            m_mappings.erase(at);
+            return true;
+        }
+    return false;
+}
+
+bool SimulatedHardware::executable(void const* entry) const
+{
+    auto const* at = static_cast<std::uint8_t const*>(entry);
+    for (Mapping const& mapping : m_mappings)
+        if (mapping.executable && at >= mapping.begin && at < mapping.begin + mapping.length)
+            return true;
+    return false;
 }
 
 bool SimulatedHardware::closeMemory(int memory)
@@ -142,16 +162,20 @@ void SimulatedHardware::writePort32(unsigned short port, unsigned int value)
 void SimulatedHardware::callROM(RomCallRegisters& registers, void* entry, int mode)
 {
     // Entry points are addresses inside mappings, which point straight into
-    // the machine's memory.
+    // the machine's memory. Only the code stub of a service is entered, and
+    // only in the mode it returns for: anything else would crash the process,
+    // so the machine refuses the call instead. The simulated server has no
+    // handler of the system-management interrupt (mode 3).
     auto at = reinterpret_cast<std::uintptr_t>(entry);
     auto begin = reinterpret_cast<std::uintptr_t>(m_machine.memory().begin());
-    Machine::RomService const* service =
-        m_ioPrivilege && at >= begin && at - begin < PhysicalMemory::kSize
+    Machine::RomEntry const* service =
+        m_ioPrivilege && executable(entry) && at >= begin && at - begin < PhysicalMemory::kSize
             ? m_machine.romService(static_cast<std::uint32_t>(at - begin))
             : nullptr;
-    if (service == nullptr)
+    int expected = service == nullptr ? 0 : service->returns == RomReturn::Interrupt ? 1 : 2;
+    if (expected == 0 || mode != expected)
         return registers.refuse();
-    (*service)(registers, mode);
+    rom_call(&registers, entry, mode);
 }
 
 int SimulatedHardware::openIPMI(char const*)

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <set>
+#include <vector>
 
 namespace Sim
 {
@@ -37,8 +38,8 @@ public:
 
     int openMemory(bool writable) override;
     bool readMemory(int memory, unsigned long long address, void* buffer, unsigned length) override;
-    void* mapMemory(int memory, unsigned long long address, unsigned length,
-                    bool writable) override;
+    void* mapMemory(int memory, unsigned long long address, unsigned length, bool writable,
+                    bool executable) override;
     bool unmapMemory(void* mapping, unsigned length) override;
     bool closeMemory(int memory) override;
 
@@ -70,7 +71,17 @@ private:
     std::uint32_t readPort(unsigned short port, unsigned width);
     void writePort(unsigned short port, unsigned width, std::uint32_t value);
 
+    struct Mapping
+    {
+        std::uint8_t* begin;
+        unsigned length;
+        bool executable;
+    };
+    // Whether `entry` lies in an executable mapping that is still mapped.
+    bool executable(void const* entry) const;
+
     Machine& m_machine;
+    std::vector<Mapping> m_mappings;
     std::filesystem::path m_root;
     std::set<int> m_openMemory;
     int m_nextHandle = 100;

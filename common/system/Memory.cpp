@@ -28,7 +28,7 @@ bool copyMapped(Platform::Hardware& hardware, int memory, unsigned long long add
     unsigned int inPage = static_cast<unsigned int>(address % page);
     if (length > 0xFFFFFFFFu - inPage)
         return false;
-    void* mapping = hardware.mapMemory(memory, address - inPage, length + inPage, false);
+    void* mapping = hardware.mapMemory(memory, address - inPage, length + inPage, false, false);
     if (mapping == nullptr)
         return false;
     std::memcpy(buffer, static_cast<unsigned char*>(mapping) + inPage, length);

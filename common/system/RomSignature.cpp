@@ -25,3 +25,15 @@ bool IsNVRAMSupported()
     }
     return s_result;
 }
+
+bool IsVelmarServer()
+{
+    static bool s_initialised = false;
+    static bool s_result = false;
+    if (!s_initialised)
+    {
+        s_result = signatureAt(0xFFFEA, "VELMAR", 6);
+        s_initialised = true;
+    }
+    return s_result;
+}

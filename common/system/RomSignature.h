@@ -6,3 +6,6 @@
 // "NVRM" at physical 0xFFFD9: the ROM knows the management controller's
 // NVRAM.
 bool IsNVRAMSupported();
+
+// "VELMAR" at physical 0xFFFEA: the maker's ROM.
+bool IsVelmarServer();

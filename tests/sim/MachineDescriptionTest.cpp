@@ -1,5 +1,6 @@
 #include "sim/MachineDescription.h"
 
+#include "common/system/EnvironmentVariable.h"
 #include "common/system/NVRAM.h"
 #include "common/system/PCI.h"
 #include "common/system/RomSignature.h"
@@ -48,6 +49,13 @@ TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
         unsigned int subsystem = 0;
         EXPECT_TRUE(PCI::SubsystemID(fibreChannel, subsystem));
         EXPECT_EQ(0x0E113262u, subsystem);
+
+        EXPECT_TRUE(IsVelmarServer());
+        unsigned char order[32] = {};
+        unsigned size = sizeof order;
+        ASSERT_TRUE(Common::EnvironmentVariable::read("RXHIPL", order, size));
+        EXPECT_EQ("CD,HD,NIC", std::string(reinterpret_cast<char*>(order), size));
+        EXPECT_EQ(2u, Common::EnvironmentVariable::names().size());
     };
     onSimulatedServer(machine, check);
 }

@@ -105,15 +105,16 @@ TEST(Machine, IplTableListsEntriesWithTheirDescriptions)
 TEST(SimulatedHardware, RomCallsReachServicesAtTheirEntryOnly)
 {
     Sim::Machine machine;
-    machine.addRomService(0xE1000,
-                          [](RomCallRegisters& registers, int mode)
+    machine.addRomService(0xE1000, Sim::RomReturn::FarCall,
+                          [](RomCallRegisters& registers)
                           {
-                              registers.ebx = static_cast<std::uint32_t>(mode);
+                              registers.ebx = 2;
                               registers.eax &= 0xFFFF00FF;
                           });
     Sim::SimulatedHardware hardware(machine);
     int memory = hardware.openMemory(true);
-    auto* rom = static_cast<std::uint8_t*>(hardware.mapMemory(memory, 0xA0000, 0x60000, true));
+    auto* rom =
+        static_cast<std::uint8_t*>(hardware.mapMemory(memory, 0xA0000, 0x60000, true, true));
     ASSERT_NE(nullptr, rom);
 
     RomCallRegisters registers = {};

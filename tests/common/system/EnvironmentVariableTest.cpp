@@ -1,0 +1,203 @@
+#include "common/system/EnvironmentVariable.h"
+#include "common/system/RomSignature.h"
+
+#include "sim/RomServices.h"
+#include "tests/support/CapturedStandardError.h"
+#include "tests/support/SimulatedServer.h"
+
+#include <string>
+#include <vector>
+
+using Common::EnvironmentVariable;
+namespace Rom = Sim::RomServices;
+
+namespace
+{
+const unsigned kSecond = 1000000;
+
+std::vector<std::uint8_t> bytes(std::string const& text)
+{
+    return std::vector<std::uint8_t>(text.begin(), text.end());
+}
+
+Sim::Machine& corvane(Sim::Machine& machine)
+{
+    Rom::addStandardRom(machine);
+    machine.environment().set("RXHIPL", bytes("CD,HD,NIC"));
+    machine.environment().set("RXTBT1", bytes("0"));
+    machine.environment().set("RXLANG", bytes("en"));
+    return machine;
+}
+
+std::vector<std::string> listed()
+{
+    std::vector<std::string> names;
+    Common::list<Common::string> found = EnvironmentVariable::names();
+    for (auto it = found.begin(); it != found.end(); ++it)
+        names.push_back(it->c_str());
+    return names;
+}
+
+std::string readText(char const* name, bool& ok, unsigned capacity = 64)
+{
+    unsigned char buffer[256] = {};
+    unsigned size = capacity;
+    ok = EnvironmentVariable::read(name, buffer, size);
+    return std::string(reinterpret_cast<char*>(buffer), ok ? size : 0);
+}
+} // namespace
+
+TEST(EnvironmentVariable, ReadsWritesAndListsTheRomsVariables)
+{
+    Sim::Machine machine;
+    onSimulatedServer(
+        corvane(machine),
+        [](Sim::Machine& server)
+        {
+            EXPECT_TRUE(EnvironmentVariable::supported());
+            bool ok = false;
+            EXPECT_EQ("CD,HD,NIC", readText("RXHIPL", ok));
+            EXPECT_TRUE(ok);
+
+            unsigned char order[] = {'N', 'I', 'C', ',', 'C', 'D'};
+            unsigned size = sizeof order;
+            EXPECT_TRUE(EnvironmentVariable::write("RXHIPL", order, size));
+            EXPECT_EQ(bytes("NIC,CD"), *server.environment().value("RXHIPL"));
+            EXPECT_EQ("NIC,CD", readText("RXHIPL", ok));
+
+            unsigned char flag = '1';
+            size = 1;
+            EXPECT_TRUE(EnvironmentVariable::write("RXNEW1", &flag, size));
+            EXPECT_EQ((std::vector<std::string>{"RXHIPL", "RXTBT1", "RXLANG", "RXNEW1"}), listed());
+            EXPECT_EQ(0u, server.clock().now()) << "no waiting on a ready ROM";
+        });
+}
+
+TEST(EnvironmentVariable, ReportsTheRomsRefusals)
+{
+    Sim::Machine machine;
+    onSimulatedServer(corvane(machine),
+                      [](Sim::Machine&)
+                      {
+                          bool ok = true;
+                          readText("NOSUCH", ok);
+                          EXPECT_FALSE(ok) << "unknown variable";
+                          readText("RXHIPL", ok, 4);
+                          EXPECT_FALSE(ok) << "buffer too small";
+                          unsigned size = 4;
+                          EXPECT_FALSE(EnvironmentVariable::read(nullptr, nullptr, size));
+                      });
+}
+
+TEST(EnvironmentVariable, WaitsASecondForEachBusyAnswerInSimulatedTime)
+{
+    Sim::Machine machine;
+    onSimulatedServer(corvane(machine),
+                      [](Sim::Machine& server)
+                      {
+                          ASSERT_TRUE(EnvironmentVariable::supported());
+                          server.environment().answerBusy(3);
+                          bool ok = false;
+                          EXPECT_EQ("CD,HD,NIC", readText("RXHIPL", ok));
+                          EXPECT_TRUE(ok);
+                          EXPECT_EQ(3u * kSecond, server.clock().now());
+                      });
+}
+
+TEST(EnvironmentVariable, ARomBusyToTheEndCountsAsSuccessForReadAndWrite)
+{
+    Sim::Machine machine;
+    onSimulatedServer(corvane(machine),
+                      [](Sim::Machine& server)
+                      {
+                          ASSERT_TRUE(EnvironmentVariable::supported());
+                          unsigned calls = server.environment().calls();
+                          server.environment().answerBusy(30);
+                          unsigned char buffer[16] = {0xEE};
+                          unsigned size = sizeof buffer;
+                          EXPECT_TRUE(EnvironmentVariable::read("RXHIPL", buffer, size));
+                          EXPECT_EQ(sizeof buffer, size) << "nothing returned";
+                          EXPECT_EQ(0xEE, buffer[0]);
+                          EXPECT_EQ(30u, server.environment().calls() - calls);
+                          EXPECT_EQ(30u * kSecond, server.clock().now());
+
+                          server.environment().answerBusy(30);
+                          unsigned char data = 'X';
+                          size = 1;
+                          EXPECT_TRUE(EnvironmentVariable::write("RXTBT1", &data, size));
+                          EXPECT_EQ(bytes("0"), *server.environment().value("RXTBT1"))
+                              << "never stored";
+                      });
+}
+
+TEST(EnvironmentVariable, ListingSkipsAnIndexThatStaysBusy)
+{
+    Sim::Machine machine;
+    onSimulatedServer(corvane(machine),
+                      [](Sim::Machine& server)
+                      {
+                          ASSERT_TRUE(EnvironmentVariable::supported());
+                          server.environment().answerBusy(30);
+                          EXPECT_EQ((std::vector<std::string>{"RXTBT1", "RXLANG"}), listed());
+                      });
+}
+
+TEST(EnvironmentVariable, ARomWithoutTheSignatureSupportsNothing)
+{
+    Sim::Machine machine;
+    corvane(machine).memory().write(0xFFFEA, std::string("ACMEXX"));
+    onSimulatedServer(machine,
+                      [](Sim::Machine&)
+                      {
+                          CapturedStandardError captured;
+                          EXPECT_FALSE(EnvironmentVariable::supported());
+                          bool ok = true;
+                          readText("RXHIPL", ok);
+                          EXPECT_FALSE(ok);
+                          EXPECT_TRUE(listed().empty());
+                          EXPECT_EQ("Not a ZR Corvane Server!\n", captured.text())
+                              << "printed once: the answer is kept";
+                          EXPECT_FALSE(IsVelmarServer());
+                      });
+}
+
+TEST(EnvironmentVariable, AnEmptyStoreAnswersTheFirstEnumerationWithAnError)
+{
+    Sim::Machine machine;
+    Rom::addStandardRom(machine);
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          EXPECT_TRUE(IsVelmarServer());
+                          EXPECT_FALSE(EnvironmentVariable::supported());
+                          EXPECT_TRUE(listed().empty());
+                          server.environment().set("RXHIPL", bytes("CD"));
+                          EXPECT_FALSE(EnvironmentVariable::supported()) << "kept for the process";
+                      });
+}
+
+TEST(EnvironmentVariable, NeedsThePciBios)
+{
+    Sim::Machine machine;
+    machine.signVelmar();
+    Rom::addServiceDirectory(machine, Rom::kFirstDirectory,
+                             {{Rom::kEnvironmentService, Rom::kEnvironmentEntry}});
+    Rom::addEnvironmentServices(machine, Rom::kInterrupt15, Rom::kEnvironmentEntry);
+    machine.environment().set("RXHIPL", bytes("CD"));
+    onSimulatedServer(machine,
+                      [](Sim::Machine&) { EXPECT_FALSE(EnvironmentVariable::supported()); });
+}
+
+TEST(EnvironmentVariable, WithoutIOPrivilegeTheRomIsNotCalled)
+{
+    Sim::Machine machine;
+    corvane(machine).faults().noIOPrivilege = true;
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          CapturedStandardError captured;
+                          EXPECT_FALSE(EnvironmentVariable::supported());
+                          EXPECT_EQ(0u, server.environment().calls());
+                          EXPECT_NE(std::string::npos, captured.text().find("iopl(3): "));
+                      });
+}
