@@ -67,11 +67,12 @@ public:
 
     // The IPMI driver's character device. openIPMI gives a handle or a
     // negative value; send and receive return the ioctl's result; the wait
-    // blocks until a reply can be received and is false when it cannot come.
+    // blocks until a reply can be received, at most `timeoutMilliseconds`
+    // (resumed when a signal interrupts it), and is false when none came.
     virtual int openIPMI(char const* devicePath) = 0;
     virtual void closeIPMI(int device) = 0;
     virtual int sendIPMI(int device, ipmi_req& request) = 0;
-    virtual bool waitForIPMIReply(int device) = 0;
+    virtual bool waitForIPMIReply(int device, unsigned timeoutMilliseconds) = 0;
     virtual int receiveIPMI(int device, ipmi_recv& reply) = 0;
 
     // Runs a command through the system shell (module loading, device nodes);

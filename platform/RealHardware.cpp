@@ -137,10 +137,19 @@ int RealHardware::sendIPMI(int device, ipmi_req& request)
     return ::ioctl(device, IPMICTL_SEND_COMMAND, &request);
 }
 
-bool RealHardware::waitForIPMIReply(int device)
+bool RealHardware::waitForIPMIReply(int device, unsigned timeoutMilliseconds)
 {
-    pollfd watched = {device, POLLIN, 0};
-    return ::poll(&watched, 1, -1) > 0 && (watched.revents & POLLIN) != 0;
+    unsigned long long deadline = elapsedMicroseconds() + timeoutMilliseconds * 1000ull;
+    for (;;)
+    {
+        unsigned long long now = elapsedMicroseconds();
+        int left = now >= deadline ? 0 : static_cast<int>((deadline - now + 999) / 1000);
+        pollfd watched = {device, POLLIN, 0};
+        int ready = ::poll(&watched, 1, left);
+        if (ready < 0 && errno == EINTR)
+            continue;
+        return ready > 0 && (watched.revents & POLLIN) != 0;
+    }
 }
 
 int RealHardware::receiveIPMI(int device, ipmi_recv& reply)

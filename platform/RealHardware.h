@@ -40,7 +40,7 @@ public:
     int openIPMI(char const* devicePath) override;
     void closeIPMI(int device) override;
     int sendIPMI(int device, ipmi_req& request) override;
-    bool waitForIPMIReply(int device) override;
+    bool waitForIPMIReply(int device, unsigned timeoutMilliseconds) override;
     int receiveIPMI(int device, ipmi_recv& reply) override;
 
     int runShellCommand(char const* command) override;

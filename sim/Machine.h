@@ -2,6 +2,7 @@
 
 #include "sim/EnvironmentStore.h"
 #include "sim/HostBridge.h"
+#include "sim/ManagementController.h"
 #include "sim/NvramController.h"
 #include "sim/PhysicalMemory.h"
 #include "sim/RomStub.h"
@@ -135,6 +136,14 @@ public:
     std::uint32_t readPort(std::uint16_t port, unsigned width);
     void writePort(std::uint16_t port, unsigned width, std::uint32_t value);
 
+    // The management controller behind the IPMI driver; none until added.
+    ManagementController& addManagementController() { return m_controller.emplace(); }
+    ManagementController* managementController() { return m_controller ? &*m_controller : nullptr; }
+    ManagementController const* managementController() const
+    {
+        return m_controller ? &*m_controller : nullptr;
+    }
+
     // What the module asked of the machine.
     std::vector<std::string>& shellCommands() { return m_shellCommands; }
     unsigned reboots() const { return m_reboots; }
@@ -152,6 +161,7 @@ private:
     std::map<std::uint32_t, RomEntry> m_rom;
     EnvironmentStore m_environment;
     std::vector<RoutingLine> m_romRoutes;
+    std::optional<ManagementController> m_controller;
     std::vector<std::string> m_shellCommands;
     unsigned m_reboots = 0;
 };

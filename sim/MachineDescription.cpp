@@ -185,6 +185,19 @@ void rom(ElementPtr const& element, Machine& machine)
     dispatch(element, parts, "ROM part");
 }
 
+void managementController(ElementPtr const& element, Machine& machine)
+{
+    ManagementController& controller = machine.addManagementController();
+    controller.node = attribute(element, "node");
+    controller.nodeAfterLoading = flag(element, "nodeAfterLoading");
+    if (attribute(element, "major").empty())
+        controller.listedMajor.reset();
+    else
+        controller.listedMajor = static_cast<unsigned>(number(element, "major", 0, 0xFFF));
+    controller.replyDelayMicroseconds = number(element, "replyDelay", 0, ~0ull);
+    controller.silent = flag(element, "silent");
+}
+
 void faults(ElementPtr const& element, Machine& machine)
 {
     Faults& faults = machine.faults();
@@ -234,6 +247,7 @@ void describe(ElementPtr const& root, Machine& machine)
                               flag(e, "removable")});
          }},
         {"Rom", [&](ElementPtr const& e) { rom(e, machine); }},
+        {"ManagementController", [&](ElementPtr const& e) { managementController(e, machine); }},
         {"Faults", [&](ElementPtr const& e) { faults(e, machine); }},
     };
     dispatch(root, parts, "element");

@@ -31,6 +31,10 @@ class Machine;
 //     <Variable name="RXHIPL" value="text"/>  <Route bus="" device=""
 //     function="" slot="" link="0x60" bitmap="0xDEB8"/>  (its routing table)
 //   </Rom>
+//   <ManagementController node="/dev/ipmi0" nodeAfterLoading="no" major=""
+//     replyDelay="0" silent="no"/>   (sim/ManagementController.h; "major"
+//     is listed for "ipmidev" in "/proc/devices", none when omitted;
+//     replyDelay in microseconds)
 //   <Faults noPhysicalMemory="no" noMemoryMapping="no" noIOPrivilege="no"
 //     noProcBusPci="no"/>
 //

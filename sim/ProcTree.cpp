@@ -82,6 +82,16 @@ void writeSysfs(Machine const& machine, fs::path const& sys)
         fs::create_directory_symlink(block, scsi / ("block:" + disk.name));
     }
 }
+// The kernel's device majors; "ipmidev" only where the controller's driver
+// lists it.
+void writeDevices(Machine const& machine, fs::path const& path)
+{
+    std::string text = "Character devices:\n  1 mem\n  4 /dev/vc/0\n  5 /dev/tty\n";
+    ManagementController const* controller = machine.managementController();
+    if (controller != nullptr && controller->listedMajor)
+        text += std::to_string(*controller->listedMajor) + " ipmidev\n";
+    writeFile(path, text + "\nBlock devices:\n  8 sd\n 11 sr\n254 mdp\n");
+}
 } // namespace
 
 void ProcTree::write(Machine const& machine, fs::path const& root)
@@ -91,6 +101,7 @@ void ProcTree::write(Machine const& machine, fs::path const& root)
         writeProcBusPci(machine, root / "proc/bus/pci");
     if (machine.hasVlmpci())
         writeVlmpci(machine, root / "proc/vlmpci");
+    writeDevices(machine, root / "proc/devices");
     writeSysfs(machine, root / "sys");
 }
 

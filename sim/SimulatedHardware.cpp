@@ -4,9 +4,11 @@
 
 #include "platform/RomCall.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <linux/ipmi.h>
 
 namespace Sim
 {
@@ -178,34 +180,115 @@ void SimulatedHardware::callROM(RomCallRegisters& registers, void* entry, int mo
     rom_call(&registers, entry, mode);
 }
 
-int SimulatedHardware::openIPMI(char const*)
+int SimulatedHardware::openIPMI(char const* devicePath)
 {
-    errno = ENOENT;
-    return -1;
+    ManagementController const* controller = m_machine.managementController();
+    std::string path = devicePath != nullptr ? devicePath : "";
+    bool opens = controller != nullptr &&
+                 ((!controller->node.empty() && path == controller->node) ||
+                  (controller->nodeAfterLoading && m_ipmiNodeMade && path == "/dev/ipmi0"));
+    if (!opens)
+    {
+        errno = ENOENT;
+        return -1;
+    }
+    m_openIPMI.insert(m_nextHandle);
+    return m_nextHandle++;
 }
 
-void SimulatedHardware::closeIPMI(int) {}
-
-int SimulatedHardware::sendIPMI(int, ipmi_req&)
+void SimulatedHardware::closeIPMI(int device)
 {
-    errno = EBADF;
-    return -1;
+    m_openIPMI.erase(device);
 }
 
-bool SimulatedHardware::waitForIPMIReply(int)
+int SimulatedHardware::sendIPMI(int device, ipmi_req& request)
 {
+    ManagementController* controller = m_machine.managementController();
+    if (m_openIPMI.count(device) == 0 || controller == nullptr)
+    {
+        errno = EBADF;
+        return -1;
+    }
+    IpmiRequest received;
+    ipmi_system_interface_addr address = {};
+    if (request.addr != nullptr && request.addr_len >= sizeof address)
+    {
+        std::memcpy(&address, request.addr, sizeof address);
+        received.addressType = address.addr_type;
+        received.channel = address.channel;
+        received.lun = address.lun;
+    }
+    received.netfn = request.msg.netfn;
+    received.cmd = request.msg.cmd;
+    if (request.msg.data != nullptr)
+        received.data.assign(request.msg.data, request.msg.data + request.msg.data_len);
+    std::optional<std::vector<std::uint8_t>> reply = controller->answer(received);
+    if (reply)
+        m_replies.push_back({m_machine.clock().now() + controller->replyDelayMicroseconds,
+                             request.msgid, received, *reply});
+    return 0;
+}
+
+bool SimulatedHardware::waitForIPMIReply(int device, unsigned timeoutMilliseconds)
+{
+    if (m_openIPMI.count(device) == 0)
+        return false;
+    std::uint64_t now = m_machine.clock().now();
+    std::uint64_t deadline = now + timeoutMilliseconds * 1000ull;
+    if (!m_replies.empty() && m_replies.front().readyAt <= deadline)
+    {
+        if (m_replies.front().readyAt > now)
+            m_machine.clock().advance(m_replies.front().readyAt - now);
+        return true;
+    }
+    m_machine.clock().advance(deadline - now);
     return false;
 }
 
-int SimulatedHardware::receiveIPMI(int, ipmi_recv&)
+int SimulatedHardware::receiveIPMI(int device, ipmi_recv& reply)
 {
-    errno = EBADF;
-    return -1;
+    if (m_openIPMI.count(device) == 0 || m_replies.empty() ||
+        m_replies.front().readyAt > m_machine.clock().now())
+    {
+        errno = m_openIPMI.count(device) == 0 ? EBADF : EAGAIN;
+        return -1;
+    }
+    PendingReply pending = m_replies.front();
+    m_replies.pop_front();
+    ipmi_system_interface_addr address = {IPMI_SYSTEM_INTERFACE_ADDR_TYPE,
+                                          static_cast<short>(pending.request.channel),
+                                          static_cast<unsigned char>(pending.request.lun)};
+    std::size_t addressLength = std::min<std::size_t>(reply.addr_len, sizeof address);
+    if (reply.addr != nullptr)
+        std::memcpy(reply.addr, &address, addressLength);
+    reply.addr_len = static_cast<unsigned>(addressLength);
+    reply.recv_type = IPMI_RESPONSE_RECV_TYPE;
+    reply.msgid = pending.msgid;
+    reply.msg.netfn = static_cast<unsigned char>(pending.request.netfn | 1);
+    reply.msg.cmd = pending.request.cmd;
+    // As the driver's truncating receive: an over-long reply is cut to the
+    // buffer, and the call reports EMSGSIZE.
+    std::size_t length = std::min<std::size_t>(pending.bytes.size(), reply.msg.data_len);
+    if (reply.msg.data != nullptr && length > 0)
+        std::memcpy(reply.msg.data, pending.bytes.data(), length);
+    reply.msg.data_len = static_cast<unsigned short>(length);
+    if (length < pending.bytes.size())
+    {
+        errno = EMSGSIZE;
+        return -1;
+    }
+    return 0;
 }
 
 int SimulatedHardware::runShellCommand(char const* command)
 {
     m_machine.shellCommands().push_back(command);
+    ManagementController const* controller = m_machine.managementController();
+    if (controller != nullptr && controller->listedMajor &&
+        m_machine.shellCommands().back() == "mknod -m 0600 /dev/ipmi0 c " +
+                                                std::to_string(*controller->listedMajor) +
+                                                " 0 1>/dev/null 2>/dev/null")
+        m_ipmiNodeMade = true;
     return 0;
 }
 

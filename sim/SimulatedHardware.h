@@ -3,6 +3,7 @@
 #include "platform/Hardware.h"
 #include "sim/Machine.h"
 
+#include <deque>
 #include <filesystem>
 #include <set>
 #include <vector>
@@ -53,12 +54,14 @@ public:
 
     void callROM(RomCallRegisters& registers, void* entry, int mode) override;
 
-    // The simulated server has no management controller: the IPMI device
-    // never opens, and shell commands and reboots are only recorded.
+    // The IPMI device opens when the machine's management controller has its
+    // node (sim/ManagementController.h); requests go to the controller, and
+    // replies arrive in simulated time. Shell commands and reboots are only
+    // recorded (the mknod command of the controller's node creates it).
     int openIPMI(char const* devicePath) override;
     void closeIPMI(int device) override;
     int sendIPMI(int device, ipmi_req& request) override;
-    bool waitForIPMIReply(int device) override;
+    bool waitForIPMIReply(int device, unsigned timeoutMilliseconds) override;
     int receiveIPMI(int device, ipmi_recv& reply) override;
 
     int runShellCommand(char const* command) override;
@@ -71,6 +74,14 @@ private:
     std::uint32_t readPort(unsigned short port, unsigned width);
     void writePort(unsigned short port, unsigned width, std::uint32_t value);
 
+    struct PendingReply
+    {
+        std::uint64_t readyAt;
+        long msgid;
+        IpmiRequest request;
+        std::vector<std::uint8_t> bytes;
+    };
+
     struct Mapping
     {
         std::uint8_t* begin;
@@ -82,6 +93,9 @@ private:
 
     Machine& m_machine;
     std::vector<Mapping> m_mappings;
+    std::set<int> m_openIPMI;
+    bool m_ipmiNodeMade = false;
+    std::deque<PendingReply> m_replies;
     std::filesystem::path m_root;
     std::set<int> m_openMemory;
     int m_nextHandle = 100;

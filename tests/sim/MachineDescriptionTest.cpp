@@ -1,6 +1,7 @@
 #include "sim/MachineDescription.h"
 
 #include "common/system/EnvironmentVariable.h"
+#include "common/system/IPMI.h"
 #include "common/system/NVRAM.h"
 #include "common/system/PCI.h"
 #include "common/system/RomSignature.h"
@@ -56,6 +57,7 @@ TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
         ASSERT_TRUE(Common::EnvironmentVariable::read("RXHIPL", order, size));
         EXPECT_EQ("CD,HD,NIC", std::string(reinterpret_cast<char*>(order), size));
         EXPECT_EQ(2u, Common::EnvironmentVariable::names().size());
+        EXPECT_TRUE(Common::IPMI::supported());
     };
     onSimulatedServer(machine, check);
 }

@@ -1,0 +1,163 @@
+#include "common/system/IPMI.h"
+
+#include "platform/Hardware.h"
+
+#include <cstdio>
+#include <cstring>
+#include <linux/ipmi.h>
+
+namespace Common
+{
+
+namespace
+{
+char const* const kDeviceNodes[] = {"/dev/ipmi0", "/dev/ipmidev/0", "/dev/ipmi/0"};
+char const* const kModuleCommands[] = {
+    "modprobe ipmi_msghandler 1>/dev/null 2>/dev/null",
+    "modprobe ipmi_si 1>/dev/null 2>/dev/null",
+    "modprobe ipmi_devintf 1>/dev/null 2>/dev/null",
+    "modprobe ipmi_watchdog 1>/dev/null 2>/dev/null",
+};
+const unsigned int kDriverWaitMicroseconds = 3000000;
+const unsigned int kReplyTimeoutMilliseconds = 5000;
+const unsigned int kAddressBufferSize = 40;
+const unsigned int kDataBufferSize = 272;
+
+// The major number "/proc/devices" lists for "ipmidev" among the character
+// devices (the kernel assigns it when the module loads); -1 when none.
+int ipmiMajor()
+{
+    string path = Platform::hardware().path("/proc/devices");
+    std::FILE* devices = std::fopen(path.c_str(), "re");
+    if (devices == nullptr)
+        return -1;
+    int major = -1;
+    char line[128];
+    while (major < 0 && std::fgets(line, sizeof line, devices) != nullptr)
+    {
+        if (std::strncmp(line, "Block devices:", 14) == 0)
+            break;
+        int number = -1;
+        char name[64] = {};
+        if (std::sscanf(line, "%d %63s", &number, name) == 2 && std::strcmp(name, "ipmidev") == 0 &&
+            number >= 0)
+            major = number;
+    }
+    std::fclose(devices);
+    return major;
+}
+} // namespace
+
+IPMI::IPMI() : m_device(-1)
+{
+    for (int round = 0; round < 2 && m_device < 0; ++round)
+    {
+        m_device = openDevice();
+        if (m_device < 0)
+            loadDriver();
+    }
+}
+
+IPMI::~IPMI()
+{
+    if (m_device >= 0)
+        Platform::hardware().closeIPMI(m_device);
+}
+
+int IPMI::openDevice()
+{
+    int device = -1;
+    for (unsigned i = 0; device < 0 && i < sizeof kDeviceNodes / sizeof kDeviceNodes[0]; ++i)
+        device = Platform::hardware().openIPMI(kDeviceNodes[i]);
+    return device;
+}
+
+void IPMI::loadDriver()
+{
+    Platform::Hardware& hardware = Platform::hardware();
+    for (unsigned i = 0; i < sizeof kModuleCommands / sizeof kModuleCommands[0]; ++i)
+        hardware.runShellCommand(kModuleCommands[i]);
+    // Without a listed major the node could only be made with a guess, and a
+    // wrong major makes a node of another device.
+    int major = ipmiMajor();
+    if (major >= 0)
+    {
+        char command[96];
+        std::snprintf(command, sizeof command,
+                      "mknod -m 0600 /dev/ipmi0 c %d 0 1>/dev/null 2>/dev/null", major);
+        hardware.runShellCommand(command);
+    }
+    hardware.sleepMicroseconds(kDriverWaitMicroseconds);
+}
+
+bool IPMI::execute(unsigned char netfn, unsigned char cmd, unsigned char lun,
+                   const unsigned char* request, const unsigned char& requestLength,
+                   unsigned char* response, const unsigned char& responseLength)
+{
+    if (m_device < 0)
+        return false;
+    Platform::Hardware& hardware = Platform::hardware();
+
+    ipmi_system_interface_addr address;
+    std::memset(&address, 0, sizeof address);
+    address.addr_type = IPMI_SYSTEM_INTERFACE_ADDR_TYPE;
+    address.channel = IPMI_BMC_CHANNEL;
+    address.lun = lun;
+    ipmi_req sent;
+    std::memset(&sent, 0, sizeof sent);
+    sent.addr = reinterpret_cast<unsigned char*>(&address);
+    sent.addr_len = sizeof address;
+    sent.msg.netfn = netfn;
+    sent.msg.cmd = cmd;
+    if (requestLength != 0)
+    {
+        // The driver only reads the data.
+        sent.msg.data = const_cast<unsigned char*>(request);
+        sent.msg.data_len = requestLength;
+    }
+    if (hardware.sendIPMI(m_device, sent) != 0)
+        return false;
+    if (!hardware.waitForIPMIReply(m_device, kReplyTimeoutMilliseconds))
+        return false;
+
+    unsigned char from[kAddressBufferSize];
+    unsigned char data[kDataBufferSize];
+    ipmi_recv received;
+    std::memset(&received, 0, sizeof received);
+    received.addr = from;
+    received.addr_len = sizeof from;
+    received.msg.data = data;
+    received.msg.data_len = sizeof data;
+    if (hardware.receiveIPMI(m_device, received) < 0)
+        return false;
+    unsigned int length =
+        received.msg.data_len < responseLength ? received.msg.data_len : responseLength;
+    if (response != nullptr && length > 0)
+        std::memcpy(response, data, length);
+    return true;
+}
+
+bool IPMI::execute(unsigned char netfn, unsigned char cmd, const unsigned char* request,
+                   const unsigned char& requestLength, unsigned char* response,
+                   const unsigned char& responseLength)
+{
+    return execute(netfn, cmd, 0, request, requestLength, response, responseLength);
+}
+
+bool IPMI::supported()
+{
+    static bool s_supported = false;
+    if (!s_supported)
+    {
+        IPMI ipmi;
+        unsigned char response[16];
+        std::memset(response, 0xFF, sizeof response);
+        const unsigned char none = 0;
+        const unsigned char capacity = sizeof response;
+        s_supported =
+            ipmi.execute(0x06, 0x01, nullptr, none, response, capacity) && response[0] == 0;
+    }
+    return s_supported;
+}
+
+} // namespace Common

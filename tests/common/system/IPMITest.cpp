@@ -1,0 +1,228 @@
+#include "common/system/IPMI.h"
+
+#include "tests/support/SimulatedServer.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+using Common::IPMI;
+
+namespace
+{
+const unsigned kSecond = 1000000;
+typedef std::vector<std::uint8_t> Bytes;
+
+Bytes bytes(unsigned char const* from, std::size_t length)
+{
+    return Bytes(from, from + length);
+}
+
+std::vector<std::string> loadingCommands(bool withNode, char const* major = "239")
+{
+    std::vector<std::string> commands = {
+        "modprobe ipmi_msghandler 1>/dev/null 2>/dev/null",
+        "modprobe ipmi_si 1>/dev/null 2>/dev/null",
+        "modprobe ipmi_devintf 1>/dev/null 2>/dev/null",
+        "modprobe ipmi_watchdog 1>/dev/null 2>/dev/null",
+    };
+    if (withNode)
+        commands.push_back(std::string("mknod -m 0600 /dev/ipmi0 c ") + major +
+                           " 0 1>/dev/null 2>/dev/null");
+    return commands;
+}
+
+std::vector<std::string> twice(std::vector<std::string> const& commands)
+{
+    std::vector<std::string> both = commands;
+    both.insert(both.end(), commands.begin(), commands.end());
+    return both;
+}
+} // namespace
+
+TEST(IPMI, SendsToTheSystemInterfaceAndReceivesTheTypedRecords)
+{
+    Sim::Machine machine;
+    machine.addManagementController();
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          Sim::ManagementController& controller = *server.managementController();
+                          IPMI ipmi;
+                          IPMI::_SET_BOOT_FLAGS set = {0x05, {0x80, 0x04, 0x00, 0x00}};
+                          IPMI::_COMPLETION_CODE_RESPONSE done = {0xFF};
+                          ASSERT_TRUE(ipmi.execute(0x00, 0x08, set, done));
+                          EXPECT_EQ(0x00, done.completionCode);
+
+                          IPMI::_REQUEST_BOOT_FLAGS ask = {0x05, 0x00, 0x00};
+                          IPMI::_GET_BOOT_FLAGS got = {};
+                          ASSERT_TRUE(ipmi.execute(0x00, 0x09, ask, got));
+                          EXPECT_EQ((Bytes{0x00, 0x01, 0x05, 0x80, 0x04, 0x00, 0x00}),
+                                    bytes(reinterpret_cast<unsigned char*>(&got), sizeof got));
+
+                          IPMI::_SET_CHASSIS_CONTROL cycle = {0x02};
+                          ASSERT_TRUE(ipmi.execute(0x00, 0x02, cycle, done));
+                          EXPECT_EQ(Bytes{0x02}, controller.chassisControls());
+
+                          ASSERT_EQ(3u, controller.requests().size());
+                          Sim::IpmiRequest const& first = controller.requests()[0];
+                          EXPECT_EQ(0x0C, first.addressType) << "system interface";
+                          EXPECT_EQ(0x0F, first.channel) << "the controller's own channel";
+                          EXPECT_EQ(0, first.lun);
+                          EXPECT_EQ(0x00, first.netfn);
+                          EXPECT_EQ(0x08, first.cmd);
+                          EXPECT_EQ((Bytes{0x05, 0x80, 0x04, 0x00, 0x00}), first.data);
+                          EXPECT_EQ((Bytes{0x05, 0x00, 0x00}), controller.requests()[1].data);
+                          EXPECT_TRUE(server.shellCommands().empty()) << "the node opened at once";
+                      });
+}
+
+TEST(IPMI, PassesTheLunAndSendsNoDataForALengthOfZero)
+{
+    Sim::Machine machine;
+    machine.addManagementController();
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          IPMI ipmi;
+                          unsigned char ignored[] = {0x99};
+                          unsigned char response[16] = {};
+                          ASSERT_TRUE(ipmi.execute(0x06, 0x01, 2, ignored, 0, response, 16));
+                          Sim::IpmiRequest const& sent =
+                              server.managementController()->requests().at(0);
+                          EXPECT_EQ(2, sent.lun);
+                          EXPECT_TRUE(sent.data.empty());
+                          EXPECT_EQ(0x00, response[0]);
+                          EXPECT_EQ(0x20, response[1]) << "device ID";
+                      });
+}
+
+TEST(IPMI, CutsLongRepliesToTheBufferAndLeavesTheRestAfterShortOnes)
+{
+    Sim::Machine machine;
+    machine.addManagementController();
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine& server)
+        {
+            Sim::ManagementController& controller = *server.managementController();
+            IPMI ipmi;
+            unsigned char buffer[8];
+            std::memset(buffer, 0xEE, sizeof buffer);
+            controller.answerNextWith({0x00, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+            ASSERT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, buffer, 4));
+            EXPECT_EQ((Bytes{0x00, 1, 2, 3, 0xEE, 0xEE, 0xEE, 0xEE}), bytes(buffer, 8));
+
+            std::memset(buffer, 0xEE, sizeof buffer);
+            controller.answerNextWith({0xC9, 0x42});
+            ASSERT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, buffer, 8))
+                << "a completion code is the caller's business";
+            EXPECT_EQ((Bytes{0xC9, 0x42, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE}), bytes(buffer, 8));
+        });
+}
+
+TEST(IPMI, WithoutADeviceTheDriverIsLoadedTwiceThreeSecondsEach)
+{
+    Sim::Machine listed;
+    listed.addManagementController().node = ""; // the driver lists its major, no node opens
+    onSimulatedServer(listed,
+                      [](Sim::Machine& server)
+                      {
+                          IPMI ipmi;
+                          EXPECT_EQ(twice(loadingCommands(true)), server.shellCommands());
+                          EXPECT_EQ(6u * kSecond, server.clock().now());
+                          unsigned char response[1] = {0xEE};
+                          EXPECT_FALSE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 1));
+                          EXPECT_EQ(0xEE, response[0]);
+                          EXPECT_TRUE(server.managementController()->requests().empty());
+                      });
+
+    Sim::Machine none;
+    onSimulatedServer(none,
+                      [](Sim::Machine& server)
+                      {
+                          EXPECT_FALSE(IPMI::supported());
+                          EXPECT_EQ(twice(loadingCommands(false)), server.shellCommands())
+                              << "no node without a listed major";
+                          EXPECT_EQ(6u * kSecond, server.clock().now());
+                      });
+}
+
+TEST(IPMI, TheNodeIsMadeWithTheMajorTheKernelLists)
+{
+    Sim::Machine machine;
+    Sim::ManagementController& controller = machine.addManagementController();
+    controller.node = "";
+    controller.nodeAfterLoading = true;
+    controller.listedMajor = 250;
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          EXPECT_TRUE(IPMI::supported());
+                          EXPECT_EQ(loadingCommands(true, "250"), server.shellCommands());
+                          EXPECT_EQ(3u * kSecond, server.clock().now());
+                      });
+}
+
+TEST(IPMI, OpensTheOtherDeviceNodes)
+{
+    for (char const* node : {"/dev/ipmidev/0", "/dev/ipmi/0"})
+    {
+        Sim::Machine machine;
+        machine.addManagementController().node = node;
+        onSimulatedServer(machine,
+                          [](Sim::Machine& server)
+                          {
+                              EXPECT_TRUE(IPMI::supported());
+                              EXPECT_TRUE(server.shellCommands().empty());
+                          });
+    }
+}
+
+TEST(IPMI, ASilentControllerEndsTheWaitAfterFiveSeconds)
+{
+    Sim::Machine machine;
+    machine.addManagementController().silent = true;
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          IPMI ipmi;
+                          unsigned char response[16];
+                          EXPECT_FALSE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 16));
+                          EXPECT_EQ(5u * kSecond, server.clock().now());
+                      });
+}
+
+TEST(IPMI, ASlowControllerIsWaitedForUpToTheBound)
+{
+    Sim::Machine machine;
+    machine.addManagementController().replyDelayMicroseconds = 4 * kSecond;
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          IPMI ipmi;
+                          unsigned char response[16];
+                          EXPECT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 16));
+                          EXPECT_EQ(4u * kSecond, server.clock().now());
+                          server.managementController()->replyDelayMicroseconds = 6 * kSecond;
+                          EXPECT_FALSE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 16));
+                          EXPECT_EQ(9u * kSecond, server.clock().now());
+                      });
+}
+
+TEST(IPMI, SupportedAsksAgainOnlyAfterAFailure)
+{
+    Sim::Machine machine;
+    machine.addManagementController().answerNextWith({0xC0});
+    onSimulatedServer(machine,
+                      [](Sim::Machine& server)
+                      {
+                          auto const& requests = server.managementController()->requests();
+                          EXPECT_FALSE(IPMI::supported()) << "completion code 0xC0";
+                          EXPECT_TRUE(IPMI::supported());
+                          EXPECT_TRUE(IPMI::supported());
+                          ASSERT_EQ(2u, requests.size());
+                          EXPECT_EQ(0x06, requests[1].netfn);
+                          EXPECT_EQ(0x01, requests[1].cmd);
+                      });
+}
