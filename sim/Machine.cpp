@@ -105,6 +105,13 @@ void Machine::addRoutingLine(RoutingLine const& line)
     m_routingLines.push_back(line);
 }
 
+void Machine::recordReboot(RebootCall const& call)
+{
+    m_reboots.push_back(call);
+    if (m_atReboot)
+        m_atReboot();
+}
+
 void Machine::addRomService(std::uint32_t entry, RomReturn returns, RomService service)
 {
     m_rom[entry] = RomEntry{returns, std::move(service)};

@@ -56,6 +56,15 @@ struct IplEntry
     std::string description;
 };
 
+// One reboot system call: its arguments and the simulated time it came at.
+struct RebootCall
+{
+    int magic = 0;
+    int magic2 = 0;
+    int command = 0;
+    std::uint64_t at = 0;
+};
+
 // Where the SMBIOS entry point and table go, and entry-point values that
 // differ from the table's real length and count (for broken tables).
 struct EntryPointPlacement
@@ -146,8 +155,12 @@ public:
 
     // What the module asked of the machine.
     std::vector<std::string>& shellCommands() { return m_shellCommands; }
-    unsigned reboots() const { return m_reboots; }
-    void recordReboot() { ++m_reboots; }
+    std::vector<RebootCall> const& reboots() const { return m_reboots; }
+    // Records the call and runs the hook given to atReboot, if any.
+    void recordReboot(RebootCall const& call);
+    // `hook` runs at every reboot call, when the machine would go down: it
+    // can look at what the module had done by then.
+    void atReboot(std::function<void()> hook) { m_atReboot = std::move(hook); }
 
 private:
     PhysicalMemory m_memory;
@@ -163,7 +176,8 @@ private:
     std::vector<RoutingLine> m_romRoutes;
     std::optional<ManagementController> m_controller;
     std::vector<std::string> m_shellCommands;
-    unsigned m_reboots = 0;
+    std::vector<RebootCall> m_reboots;
+    std::function<void()> m_atReboot;
 };
 
 } // namespace Sim

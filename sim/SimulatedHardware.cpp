@@ -292,9 +292,9 @@ int SimulatedHardware::runShellCommand(char const* command)
     return 0;
 }
 
-int SimulatedHardware::reboot(int, int, int)
+int SimulatedHardware::reboot(int magic, int magic2, int command)
 {
-    m_machine.recordReboot();
+    m_machine.recordReboot({magic, magic2, command, m_machine.clock().now()});
     return 0;
 }
 

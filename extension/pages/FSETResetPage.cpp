@@ -1,10 +1,18 @@
+#include "collection/FSETReset.h"
+#include "common/Conversion.h"
 #include "extension/NSP.h"
 #include "extension/pages/Pages.h"
 
-// "fsetreset.nsp": reset of the firmware setup.
-// Not available yet: answers {"ErrorCode":1} until the firmware-setup reset is in place;
-// this file is then replaced by the page itself.
+// "fsetreset.nsp": "Perform" asks the firmware to reset its setup settings
+// and answers the collection's result as the error code.
 void Pages::FSETReset(NSP& nsp)
 {
-    NotAvailable(nsp);
+    Collection::FSETReset reset;
+    if (!reset.supported())
+    {
+        nsp.response().Write("{\"ErrorCode\":1}");
+        return;
+    }
+    if (nsp.request()("Command") == "Perform")
+        nsp.response().Write("{\"ErrorCode\":" + Conversion::toString(reset.perform()) + "}");
 }
