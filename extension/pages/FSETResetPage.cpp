@@ -10,7 +10,7 @@ void Pages::FSETReset(NSP& nsp)
     Collection::FSETReset reset;
     if (!reset.supported())
     {
-        nsp.response().Write("{\"ErrorCode\":1}");
+        NotAvailable(nsp);
         return;
     }
     if (nsp.request()("Command") == "Perform")

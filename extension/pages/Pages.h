@@ -20,7 +20,7 @@ void SetBootOrder(NSP& nsp); // boot order
 void System(NSP& nsp);       // file, folder and program services
 void Unattended(NSP& nsp);   // answer files
 
-// The answer of a page whose collection has not landed yet (and, for good,
-// of "wd100.nsp"): {"ErrorCode":1}.
+// {"ErrorCode":1}: the answer of a page whose collection has not landed yet
+// (and, for good, of "wd100.nsp"), or does not support this machine.
 void NotAvailable(NSP& nsp);
 } // namespace Pages

@@ -42,7 +42,7 @@ void Pages::Reboot(NSP& nsp)
     Collection::Reboot reboot;
     if (!reboot.supported())
     {
-        nsp.response().Write("{\"ErrorCode\":1}");
+        NotAvailable(nsp);
         return;
     }
     NSPRequest& request = nsp.request();
