@@ -1,13 +1,31 @@
 #include "collection/FSETReset.h"
 
+#include "collection/ChassisCommands.h"
 #include "collection/ColdReset.h"
+#include "common/system/EnvironmentVariable.h"
+#include "common/system/IPMI.h"
 #include "common/system/NVRAM.h"
 
 namespace Collection
 {
 
+namespace
+{
+// Boot option parameter 0 with only the clear-CMOS flag (bit 7 of data
+// byte 2) set.
+const unsigned char kClearCMOS = 0x80;
+} // namespace
+
 int FSETReset::perform()
 {
+    if (!Common::EnvironmentVariable::supported())
+    {
+        Common::IPMI::_SET_BOOT_FLAGS request = {0, {0, kClearCMOS, 0, 0}};
+        Common::IPMI::_COMPLETION_CODE_RESPONSE response = {0};
+        Common::IPMI().execute(ChassisCommands::kNetFn, ChassisCommands::kSetBootOptions, request,
+                               response);
+        return 0;
+    }
     if (!Common::System::NVRAM::Supported())
         return 2;
     ColdReset::RequestSetupResetThroughNVRAM();

@@ -1,6 +1,8 @@
 #include "collection/Reboot.h"
 
+#include "collection/ChassisCommands.h"
 #include "collection/ColdReset.h"
+#include "common/system/EnvironmentVariable.h"
 #include "common/system/NVRAM.h"
 #include "platform/Hardware.h"
 
@@ -9,10 +11,10 @@ namespace Collection
 
 namespace
 {
-const unsigned char kBootFlagsParameter = 5;
 const unsigned char kValidForNextBootOnly = 0x80;
-const unsigned char kSelectorBits = 0x3C;
+const unsigned char kHardReset = 0x03;
 const unsigned int kSettleMicroseconds = 2000000;
+const char kTargetVariable[] = "RXTBT1";
 
 const int kRebootMagic = static_cast<int>(0xFEE1DEAD);
 const int kRebootMagic2 = 0x28121969;
@@ -21,8 +23,8 @@ const int kRebootRestart = 0x01234567;
 
 Reboot::Reboot() : m_targetCode(0), m_bootFlags(), m_targetSet(false), m_coldBoot(false)
 {
-    m_bootFlags[0] = kBootFlagsParameter;
-    m_bootFlags[1] = kValidForNextBootOnly;
+    m_bootFlags.parameter = ChassisCommands::kBootFlags;
+    m_bootFlags.data[0] = kValidForNextBootOnly;
 }
 
 void Reboot::TargetA()
@@ -30,7 +32,7 @@ void Reboot::TargetA()
     // Selector 15 (floppy) is all four selector bits, so OR-ing is enough.
     m_targetSet = true;
     m_targetCode = 1;
-    m_bootFlags[2] |= kSelectorBits;
+    m_bootFlags.data[1] |= ChassisCommands::kSelectorBits;
 }
 
 void Reboot::TargetC()
@@ -62,7 +64,8 @@ void Reboot::target(unsigned short code, unsigned char selector)
 {
     m_targetSet = true;
     m_targetCode = code;
-    m_bootFlags[2] = static_cast<unsigned char>((m_bootFlags[2] & ~kSelectorBits) | selector << 2);
+    m_bootFlags.data[1] = static_cast<unsigned char>(
+        (m_bootFlags.data[1] & ~ChassisCommands::kSelectorBits) | selector << 2);
 }
 
 int Reboot::Perform()
@@ -76,13 +79,31 @@ int Reboot::Perform()
 
 void Reboot::recordTarget()
 {
-    // The ROM variable and IPMI paths come with the ROM and IPMI services.
+    if (Common::EnvironmentVariable::supported())
+    {
+        // The code's two bytes in memory order, as the ROM keeps it.
+        unsigned char code[2] = {static_cast<unsigned char>(m_targetCode),
+                                 static_cast<unsigned char>(m_targetCode >> 8)};
+        unsigned int length = sizeof code;
+        Common::EnvironmentVariable::write(kTargetVariable, code, length);
+        return;
+    }
+    Common::IPMI::_COMPLETION_CODE_RESPONSE response = {0};
+    Common::IPMI().execute(ChassisCommands::kNetFn, ChassisCommands::kSetBootOptions, m_bootFlags,
+                           response);
 }
 
 void Reboot::resetCold()
 {
     if (Common::System::NVRAM::Supported())
         ColdReset::ArmThroughNVRAM();
+    else
+    {
+        Common::IPMI::_SET_CHASSIS_CONTROL request = {kHardReset};
+        Common::IPMI::_COMPLETION_CODE_RESPONSE response = {0};
+        Common::IPMI().execute(ChassisCommands::kNetFn, ChassisCommands::kChassisControl, request,
+                               response);
+    }
     Common::Platform::hardware().sleepMicroseconds(kSettleMicroseconds);
 }
 

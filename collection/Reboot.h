@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/system/IPMI.h"
+
 namespace Collection
 {
 
@@ -42,8 +44,8 @@ private:
 
     unsigned short m_targetCode;
     // Set System Boot Options request: parameter 5 (boot flags), flags valid
-    // for the next boot only, device selector in bits 5..2 of byte 2.
-    unsigned char m_bootFlags[5];
+    // for the next boot only, device selector in bits 5..2 of data byte 2.
+    Common::IPMI::_SET_BOOT_FLAGS m_bootFlags;
     bool m_targetSet;
     bool m_coldBoot;
 };

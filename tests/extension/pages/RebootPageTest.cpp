@@ -1,5 +1,6 @@
 #include "PageRun.h"
 
+#include "CorvaneRom.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <string>
@@ -133,6 +134,7 @@ TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
 TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
 {
     Sim::Machine machine;
+    addCorvaneRom(machine);
     machine.addNvramController(kController).setByte(0x8C, 0x01);
     onSimulatedServer(machine,
                       [](Sim::Machine& machine)
@@ -149,6 +151,7 @@ TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
 
     // A controller that never clears the request is given 30 seconds.
     Sim::Machine stuck;
+    addCorvaneRom(stuck);
     stuck.addNvramController(kController).writable(0x8C, 0).setByte(0x8C, 0x01);
     onSimulatedServer(stuck,
                       [](Sim::Machine& machine)
@@ -157,4 +160,109 @@ TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
                                     runPage("fsetreset.nsp", "command=perform"));
                           EXPECT_EQ(30000000u, machine.clock().now());
                       });
+}
+
+TEST(FSETResetPage, ClearCMOSOverIPMIWithoutVariablesAndNothingWithoutNVRAM)
+{
+    Sim::Machine machine;
+    machine.addManagementController();
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine& machine)
+        {
+            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "Command=Perform"));
+            auto const& requests = machine.managementController()->requests();
+            ASSERT_EQ(1u, requests.size());
+            EXPECT_EQ(0x00, requests[0].netfn);
+            EXPECT_EQ(0x08, requests[0].cmd);
+            EXPECT_EQ((std::vector<std::uint8_t>{0x00, 0x00, 0x80, 0x00, 0x00}), requests[0].data);
+        });
+
+    Sim::Machine withoutNVRAM;
+    addCorvaneRom(withoutNVRAM);
+    withoutNVRAM.addManagementController();
+    onSimulatedServer(withoutNVRAM,
+                      [](Sim::Machine& machine)
+                      {
+                          EXPECT_EQ("{\"ErrorCode\":2}",
+                                    runPage("fsetreset.nsp", "Command=Perform"));
+                          EXPECT_TRUE(machine.managementController()->requests().empty());
+                      });
+}
+
+TEST(RebootPage, TargetIsWrittenToTheROMVariable)
+{
+    Sim::Machine machine;
+    addCorvaneRom(machine);
+    machine.addManagementController();
+    machine.addNvramController(kController);
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine& machine)
+        {
+            // No target and no cold boot: nothing but the restart.
+            reboot("Command=Perform&Target=Default&ColdBoot=No");
+            EXPECT_FALSE(machine.environment().value("RXTBT1").has_value());
+            EXPECT_TRUE(machine.managementController()->requests().empty());
+            EXPECT_TRUE(writesAfterProbe(machine).empty());
+            expectOneRestart(machine);
+
+            const struct
+            {
+                const char* target;
+                std::vector<std::uint8_t> code;
+            } kTargets[] = {
+                {"A", {1, 0}}, {"C", {3, 0}}, {"cd", {2, 0}}, {"PXE", {64, 0}}, {"FSET", {48, 0}}};
+            for (auto const& target : kTargets)
+            {
+                EXPECT_EQ(
+                    std::string("{\"ErrorCode\":0,\"Target\":\"") + target.target +
+                        "\",\"ColdBoot\":\"No\"}",
+                    reboot(std::string("Command=Perform&ColdBoot=No&Target=") + target.target));
+                EXPECT_EQ(target.code, machine.environment().value("RXTBT1")) << target.target;
+            }
+            EXPECT_TRUE(machine.managementController()->requests().empty());
+            EXPECT_EQ(6u, machine.reboots().size());
+        });
+}
+
+TEST(RebootPage, OneTimeIPMIOverrideAndChassisResetWithoutVariablesOrNVRAM)
+{
+    Sim::Machine machine;
+    machine.addManagementController();
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine& machine)
+        {
+            Sim::ManagementController& controller = *machine.managementController();
+            machine.atReboot(
+                [&]
+                {
+                    ASSERT_EQ(2u, controller.requests().size());
+                    EXPECT_EQ(0x08, controller.requests()[0].cmd);
+                    // Valid for the next boot only (0x80), CD/DVD selector.
+                    EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, 0x14, 0x00, 0x00}),
+                              controller.requests()[0].data);
+                    EXPECT_EQ(0x00, controller.requests()[1].netfn);
+                    EXPECT_EQ(0x02, controller.requests()[1].cmd);
+                    EXPECT_EQ((std::vector<std::uint8_t>{0x03}), controller.requests()[1].data);
+                });
+            reboot("Command=Perform&Target=CD&ColdBoot=Yes");
+            expectOneRestart(machine);
+            EXPECT_EQ(2000000u, machine.reboots()[0].at);
+
+            machine.atReboot(nullptr);
+            const struct
+            {
+                const char* target;
+                std::uint8_t selectorByte;
+            } kTargets[] = {{"A", 0x3C}, {"C", 0x08}, {"PXE", 0x04}, {"FSET", 0x18}};
+            for (auto const& target : kTargets)
+            {
+                reboot(std::string("Command=Perform&ColdBoot=No&Target=") + target.target);
+                EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, target.selectorByte, 0x00, 0x00}),
+                          controller.requests().back().data)
+                    << target.target;
+            }
+        });
 }
