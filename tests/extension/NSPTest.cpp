@@ -32,8 +32,7 @@ TEST(NSP, ElevenPagesInTheirOrder)
 
 TEST(NSP, PagesNotYetAvailableAnswerErrorCodeOne)
 {
-    const char* pages[] = {"allstorage.nsp", "hardware.nsp", "wd100.nsp", "setbootorder.nsp",
-                           "WD100.NSP"};
+    const char* pages[] = {"allstorage.nsp", "hardware.nsp", "wd100.nsp", "WD100.NSP"};
     for (const char* page : pages)
     {
         Common::string buffer;
