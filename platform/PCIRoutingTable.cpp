@@ -1,5 +1,6 @@
 #include "platform/Hardware.h"
 #include "platform/ProcPCI.h"
+#include "platform/RomAccess.h"
 
 #include <cstdio>
 #include <cstring>
@@ -13,12 +14,47 @@ _PCIIRQROUTENTRY internal_table[kRomTableCapacity];
 // 0: not fetched yet, -1: the fetch failed, n > 0: entries.
 int internal_table_size = 0;
 
-// Fetching the table needs the PCI BIOS "get IRQ routing options" call of
-// the ROM-call layer, which this library does not contain yet: the fetch
-// fails, so only "/proc/vlmpci" provides a table.
+// The ROM context the fetch sets up once and keeps for the process.
+rominfo_t rom_context;
+bool rom_initialized = false;
+
+// The PCI BIOS "get IRQ routing options" request block: the buffer's size
+// (the ROM sets it to the table's), then its offset and segment.
+struct __attribute__((packed)) RouteBufferRequest
+{
+    unsigned short size;
+    unsigned int offset;
+    unsigned short segment;
+};
+
 int pci_irq_route_table_from_rom_internal()
 {
-    return -1;
+    if (rom_context.pci_entry == nullptr && rom_context.pci_present == 0 && !rom_initialized)
+    {
+        rom_initialized = true;
+        if (romcall_init(&rom_context, ROMCALL_NO_EV) != 0)
+        {
+            romcall_fini(&rom_context);
+            return -1;
+        }
+    }
+    if (rom_context.pci_entry == nullptr || rom_context.pci_present == 0)
+        return -1;
+    RouteBufferRequest request = {
+        sizeof internal_table,
+        static_cast<unsigned int>(reinterpret_cast<unsigned long>(internal_table)),
+        rom_context.pci_present};
+    RomCallRegisters block;
+    std::memset(&block, 0, sizeof block);
+    block.eax = 0xB18E;
+    block.edi = static_cast<unsigned int>(reinterpret_cast<unsigned long>(&request));
+    if (do_rom_call(&rom_context, &block, rom_context.pci_entry, 2) != 0)
+        return -1;
+    // A ROM that claims more than the buffer holds filled the buffer at most.
+    unsigned int entries = request.size / sizeof(_PCIIRQROUTENTRY);
+    internal_table_size =
+        entries < kRomTableCapacity ? static_cast<int>(entries) : kRomTableCapacity;
+    return 0;
 }
 
 void storeProcLine(char const* line, _PCIIRQROUTENTRY& entry)
@@ -89,12 +125,17 @@ extern "C"
     {
         if (count == nullptr)
             return -1;
-        if (internal_table_size == 0 && pci_irq_route_table_from_rom_internal() != 0)
+        // Fetched once: a failure, or a table without entries, stays -1.
+        if (internal_table_size == 0 &&
+            (pci_irq_route_table_from_rom_internal() != 0 || internal_table_size == 0))
             internal_table_size = -1;
         if (internal_table_size < 1)
             return -1;
-        if (buffer != nullptr)
-            std::memcpy(buffer, internal_table, sizeof(_PCIIRQROUTENTRY) * internal_table_size);
+        // Copies no more than the caller's capacity, which a ROM table of up
+        // to 64 entries could exceed.
+        int copied = *count < internal_table_size ? *count : internal_table_size;
+        if (buffer != nullptr && copied > 0)
+            std::memcpy(buffer, internal_table, sizeof(_PCIIRQROUTENTRY) * copied);
         *count = internal_table_size;
         return 0;
     }

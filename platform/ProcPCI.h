@@ -67,7 +67,8 @@ extern "C"
     int pci_irq_route_table(_PCIIRQROUTENTRY* buffer, int* count);
     // The entries of "/proc/vlmpci" (read afresh on every call).
     int pci_irq_route_table_from_proc(_PCIIRQROUTENTRY* buffer, int* count);
-    // The ROM's table, fetched once per process: -1 when there is none.
+    // The ROM's table, fetched once per process: -1 when there is none. At
+    // most the capacity *count is copied; *count becomes the ROM's count.
     int copy_irq_route_table_from_rom_internal(_PCIIRQROUTENTRY* buffer, int* count);
     // Appends, for every device on a bus behind bridges, the ROM table's entry
     // of the nearest bridge above it that has one (bus and devfn replaced).
