@@ -1,12 +1,8 @@
 // bench_xml: parsing a PCI names database with Common::XML against
 // xmllint, in the same run.
 //
-// The database is generated from Debian's pci.ids (package hwdata): one
-// element "dev" per device line (subsystem value 0) and one per subsystem
-// line, keyed "%04X%04X%08X" from vendor, device and subvendor<<16|subdevice,
-// with the display name in a child "name" -- about 33,000 entries, a few
-// megabytes, indented, after an XML declaration and one comment. It is written
-// to a temporary file, then timed:
+// The database is generated from Debian's pci.ids (PciNamesDatabase.h) and
+// written to a temporary file, then timed:
 //   ours:    read(2) of the file into a Common::string and Parser::XML into a
 //            fresh root; timed once more including the release of the tree
 //            and the text;
@@ -22,152 +18,22 @@
 //
 // Usage: bench_xml [pci.ids] [runs]
 #include "BenchTiming.h"
+#include "PciNamesDatabase.h"
+#include "ProcessClock.h"
 
 #include "common/XML.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
-#include <fstream>
-#include <spawn.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 #include <vector>
 
-extern char** environ;
-
 namespace
 {
-struct Entry
-{
-    std::string id;
-    std::string name; // as written, with &, < and > escaped
-};
-
-// Wall time, and the CPU time (user + system) of this process.
-struct Clock
-{
-    double wall;
-    double cpu;
-};
-
-double seconds(clockid_t id)
-{
-    timespec t;
-    clock_gettime(id, &t);
-    return t.tv_sec + t.tv_nsec / 1e9;
-}
-
-Clock now()
-{
-    return {seconds(CLOCK_MONOTONIC), seconds(CLOCK_PROCESS_CPUTIME_ID)};
-}
-
-Clock since(const Clock& start)
-{
-    Clock end = now();
-    return {end.wall - start.wall, end.cpu - start.cpu};
-}
-
-Clock best(const Clock& a, const Clock& b)
-{
-    return {std::min(a.wall, b.wall), std::min(a.cpu, b.cpu)};
-}
-
-bool isHex(const std::string& s, size_t at, size_t n)
-{
-    if (s.size() < at + n)
-        return false;
-    for (size_t i = at; i < at + n; ++i)
-        if (!std::isxdigit(static_cast<unsigned char>(s[i])))
-            return false;
-    return true;
-}
-
-std::string escape(const std::string& s)
-{
-    std::string out;
-    for (char c : s)
-    {
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else if (c == '>')
-            out += "&gt;";
-        else
-            out += c;
-    }
-    return out;
-}
-
-std::string key(unsigned vendor, unsigned device, unsigned subsystem)
-{
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%04X%04X%08X", vendor, device, subsystem);
-    return buffer;
-}
-
-// Vendor "vvvv  name", device "\tdddd  name", subsystem "\t\tssss ssss  name";
-// the class list that follows the first "C " line is not read.
-std::vector<Entry> readPciIds(const char* path)
-{
-    std::vector<Entry> entries;
-    std::ifstream in(path);
-    std::string line;
-    unsigned vendor = 0;
-    unsigned device = 0;
-    bool haveVendor = false;
-    bool haveDevice = false;
-    while (std::getline(in, line))
-    {
-        if (line.compare(0, 2, "C ") == 0)
-            break;
-        if (isHex(line, 0, 4) && line.compare(4, 2, "  ") == 0)
-        {
-            vendor = std::stoul(line.substr(0, 4), nullptr, 16);
-            haveVendor = true;
-            haveDevice = false;
-        }
-        else if (haveVendor && line.size() > 7 && line[0] == '\t' && line[1] != '\t' &&
-                 isHex(line, 1, 4) && line.compare(5, 2, "  ") == 0)
-        {
-            device = std::stoul(line.substr(1, 4), nullptr, 16);
-            haveDevice = true;
-            entries.push_back({key(vendor, device, 0), escape(line.substr(7))});
-        }
-        else if (haveDevice && line.size() > 13 && line.compare(0, 2, "\t\t") == 0 &&
-                 isHex(line, 2, 4) && line[6] == ' ' && isHex(line, 7, 4) &&
-                 line.compare(11, 2, "  ") == 0)
-        {
-            unsigned subvendor = std::stoul(line.substr(2, 4), nullptr, 16);
-            unsigned subdevice = std::stoul(line.substr(7, 4), nullptr, 16);
-            entries.push_back(
-                {key(vendor, device, subvendor << 16 | subdevice), escape(line.substr(13))});
-        }
-    }
-    return entries;
-}
-
-std::string document(const std::vector<Entry>& entries)
-{
-    std::string doc = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                      "<!-- PCI names database, generated from pci.ids -->\n"
-                      "<AllBoards>\n  <PCI>\n";
-    for (const Entry& e : entries)
-        doc += "    <dev id=\"" + e.id + "\">\n      <name>" + e.name + "</name>\n    </dev>\n";
-    doc += "  </PCI>\n</AllBoards>\n";
-    return doc;
-}
-
 Common::string readFile(const char* path)
 {
     int fd = open(path, O_RDONLY);
@@ -234,33 +100,6 @@ Clock timeOurs(const char* path, Clock& parse)
     return since(start);
 }
 
-// The times of one "xmllint --noout" (its CPU time from wait4), or false
-// when it could not run or rejected the file.
-bool timeXmllint(const char* path, Clock& took)
-{
-    const char* argv[] = {"xmllint", "--noout", path, nullptr};
-    Clock start = now();
-    pid_t pid = 0;
-    if (posix_spawnp(&pid, "xmllint", nullptr, nullptr, const_cast<char**>(argv), environ) != 0)
-    {
-        std::fprintf(stderr, "bench_xml: cannot run xmllint (Debian package libxml2-utils)\n");
-        return false;
-    }
-    int status = 0;
-    struct rusage usage;
-    while (wait4(pid, &status, 0, &usage) < 0 && errno == EINTR)
-    {
-    }
-    took.wall = since(start).wall;
-    took.cpu = usage.ru_utime.tv_sec + usage.ru_utime.tv_usec / 1e6 + usage.ru_stime.tv_sec +
-               usage.ru_stime.tv_usec / 1e6;
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-    {
-        std::fprintf(stderr, "bench_xml: xmllint rejected %s\n", path);
-        return false;
-    }
-    return true;
-}
 } // namespace
 
 int main(int argc, char** argv)
@@ -278,20 +117,13 @@ int main(int argc, char** argv)
     }
     std::string doc = document(entries);
 
-    const char* tmpdir = std::getenv("TMPDIR");
-    std::string path = std::string(tmpdir && *tmpdir ? tmpdir : "/tmp") + "/bench_xml.XXXXXX";
-    std::vector<char> name(path.begin(), path.end());
-    name.push_back('\0');
-    int fd = mkstemp(name.data());
-    if (fd < 0 || write(fd, doc.data(), doc.size()) != static_cast<ssize_t>(doc.size()))
+    const std::string path = writeTemporaryFile("bench_xml", doc);
+    if (path.empty())
     {
-        std::fprintf(stderr, "bench_xml: cannot write the temporary file %s\n", name.data());
-        if (fd >= 0)
-            unlink(name.data());
+        std::fprintf(stderr, "bench_xml: cannot write the temporary file\n");
         return 1;
     }
-    close(fd);
-    const char* file = name.data();
+    const char* file = path.c_str();
 
     if (!verify(file, entries))
     {
@@ -300,7 +132,7 @@ int main(int argc, char** argv)
         return 1;
     }
     Clock lint = {0, 0};
-    if (!timeXmllint(file, lint)) // also the warm-up: page cache, dynamic loader
+    if (!timeXmllint("bench_xml", file, lint)) // also the warm-up: page cache, dynamic loader
     {
         unlink(file);
         return 1;
@@ -315,7 +147,7 @@ int main(int argc, char** argv)
         Clock parse = none;
         bestOurs = best(bestOurs, timeOurs(file, parse));
         bestParse = best(bestParse, parse);
-        if (!timeXmllint(file, lint))
+        if (!timeXmllint("bench_xml", file, lint))
         {
             unlink(file);
             return 1;

@@ -1,0 +1,21 @@
+#pragma once
+
+// Timing of this process (wall and CPU time) and of one run of
+// "xmllint --noout", the benchmarks' reference parser.
+
+// Wall time, and the CPU time (user + system) of this process.
+struct Clock
+{
+    double wall;
+    double cpu;
+};
+
+Clock now();
+Clock since(const Clock& start);
+// The smaller of each time.
+Clock best(const Clock& a, const Clock& b);
+
+// The times of one "xmllint --noout PATH" as a child process (its start,
+// parse, release and exit; its CPU time from wait4), or false, with a
+// message naming `program`, when it could not run or rejected the file.
+bool timeXmllint(const char* program, const char* path, Clock& took);
