@@ -46,6 +46,10 @@ struct Disk
     std::string name; // kernel name, e.g. "sda"
     std::uint64_t bytes = 0;
     bool removable = false;
+    // Where the controller's folder shows the disk: false for the older
+    // kernels' "block:<name>" link, true for current kernels' "block" folder
+    // holding a folder "<name>".
+    bool inBlockFolder = false;
 };
 
 // One entry of the ROM's initial-program-load table.

@@ -244,7 +244,7 @@ void describe(ElementPtr const& root, Machine& machine)
          [&](ElementPtr const& e)
          {
              machine.addDisk({location(e), attribute(e, "name"), number(e, "bytes", 0, ~0ull),
-                              flag(e, "removable")});
+                              flag(e, "removable"), flag(e, "inBlockFolder")});
          }},
         {"Rom", [&](ElementPtr const& e) { rom(e, machine); }},
         {"ManagementController", [&](ElementPtr const& e) { managementController(e, machine); }},

@@ -26,7 +26,8 @@ class Machine;
 //   <EmptyBus bus=""/>
 //   <Routing><Line bus="" device="" function="" slot="" link="" bitmap=""/>
 //     </Routing>
-//   <Disk bus="" device="" function="" name="sda" bytes="" removable="no"/>
+//   <Disk bus="" device="" function="" name="sda" bytes="" removable="no"
+//     inBlockFolder="no"/>
 //   <Rom>   a Corvane ROM (sim/RomServices.h, "VELMAR" included) holding:
 //     <Variable name="RXHIPL" value="text"/>  <Route bus="" device=""
 //     function="" slot="" link="0x60" bitmap="0xDEB8"/>  (its routing table)

@@ -70,16 +70,31 @@ void writeSysfs(Machine const& machine, fs::path const& sys)
     fs::create_directories(sys / "bus/pci/devices");
     fs::create_directories(sys / "block");
     for (auto const& located : machine.bridge().functions())
-        fs::create_directories(sysfsDevice(sys, located.first));
+    {
+        fs::path device = sysfsDevice(sys, located.first);
+        fs::create_directories(device);
+        // As in the kernel's tree: a link back up, which a walk must not follow.
+        fs::create_directory_symlink(sys / "bus/pci", device / "subsystem");
+    }
     for (Disk const& disk : machine.disks())
     {
-        fs::path device = sysfsDevice(sys, disk.controller);
+        fs::path scsi = sysfsDevice(sys, disk.controller) / "host0/target0:0:0/0:0:0:0";
+        fs::create_directories(scsi);
         fs::path block = sys / "block" / disk.name;
+        if (disk.inBlockFolder)
+        {
+            fs::path folder = scsi / "block" / disk.name;
+            fs::create_directories(folder);
+            fs::create_directory_symlink(folder, block);
+            fs::create_directory_symlink(scsi, folder / "device");
+        }
+        else
+        {
+            fs::create_directories(block);
+            fs::create_directory_symlink(block, scsi / ("block:" + disk.name));
+        }
         writeFile(block / "removable", disk.removable ? "1\n" : "0\n");
         writeFile(block / "size", std::to_string(disk.bytes / 512) + "\n");
-        fs::path scsi = device / "host0/target0:0:0/0:0:0:0";
-        fs::create_directories(scsi);
-        fs::create_directory_symlink(block, scsi / ("block:" + disk.name));
     }
 }
 // The kernel's device majors; "ipmidev" only where the controller's driver
