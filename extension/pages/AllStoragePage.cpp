@@ -1,10 +1,21 @@
+#include "collection/AllBoards.h"
+#include "collection/AllStorage.h"
 #include "extension/NSP.h"
 #include "extension/pages/Pages.h"
 
-// "allstorage.nsp": storage inventory as XML.
-// Not available yet: answers {"ErrorCode":1} until the storage inventory is in place;
-// this file is then replaced by the page itself.
+// "allstorage.nsp": Command=Create builds the storage inventory, naming the
+// controllers from the database at "AllBoardsXML", and writes it to
+// "AllStorageXML". Whether the file could be written is not reported.
 void Pages::AllStorage(NSP& nsp)
 {
-    NotAvailable(nsp);
+    NSPRequest& request = nsp.request();
+    if (request("Command") != "Create")
+    {
+        nsp.response().Write("{\"ErrorCode\":1}");
+        return;
+    }
+    Common::shared_ptr<Collection::AllBoards> boards(
+        new Collection::AllBoards(Common::string(request("AllBoardsXML"))));
+    Collection::AllStorage(boards).Save(Common::string(request("AllStorageXML")));
+    nsp.response().Write("{\"ErrorCode\":0}");
 }

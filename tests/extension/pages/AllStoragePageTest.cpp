@@ -1,0 +1,191 @@
+#include "../TestSupport.h"
+#include "PageRunner.h"
+
+#include "tests/support/SimulatedServer.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <regex>
+#include <string>
+#include <vector>
+
+using TestSupport::readFile;
+using TestSupport::runPage;
+
+namespace
+{
+// Names with duplicates (the last wins, an entry without "name" is skipped),
+// a lower-case key, an empty name, entries outside the first "PCI" element
+// and elements that are not "dev".
+const char kNames[] = "<?xml version=\"1.0\"?>\n"
+                      "<AllBoards>\n"
+                      " <Other><dev id=\"1000003000000000\"><name>outside</name></dev></Other>\n"
+                      " <PCI>\n"
+                      "  <dev id=\"103C323A0E113245\"><name>First entry</name></dev>\n"
+                      "  <dev id=\"103C323A0E113245\"><name>Smart Array P410i</name></dev>\n"
+                      "  <dev id=\"103C323A0E113245\"><label>no name</label></dev>\n"
+                      "  <dev id=\"107725320e113262\"><name>lower-case key</name></dev>\n"
+                      "  <dev id=\"80863A200E11330D\"><name></name></dev>\n"
+                      "  <item id=\"1000003000000000\"><name>not a dev</name></item>\n"
+                      "  <dev id=\"1000003000000000\"><name>LSI 53C1030</name></dev>\n"
+                      " </PCI>\n"
+                      " <PCI><dev id=\"107725320E113262\"><name>second PCI</name></dev></PCI>\n"
+                      "</AllBoards>\n";
+
+// The document that allstorage.nsp writes with `names` into a folder of its
+// own.
+std::string inventoryWith(const std::string& names)
+{
+    TestSupport::TempDir dir;
+    TestSupport::writeFile(dir.file("allboards.xml"), names);
+    EXPECT_EQ("{\"ErrorCode\":0}",
+              runPage("allstorage.nsp", "Command=Create&AllBoardsXML=" + dir.file("allboards.xml") +
+                                            "&AllStorageXML=" + dir.file("allstorage.xml")));
+    return readFile(dir.file("allstorage.xml"));
+}
+
+// "bus:device.function" of every controller, in document order.
+std::vector<std::string> controllerOrder(const std::string& document)
+{
+    static const std::regex device("<PCIDevice [^>]*Bus=\"(..)\"[^>]*Device=\"(..)\"[^>]*"
+                                   "Function=\"(..)\"[^>]*Index=\"([0-9]+)\"");
+    std::vector<std::string> order;
+    for (std::sregex_iterator it(document.begin(), document.end(), device), end; it != end; ++it)
+        order.push_back((*it)[1].str() + ":" + (*it)[2].str() + "." + (*it)[3].str());
+    return order;
+}
+
+int occurrences(const std::string& text, const std::string& what)
+{
+    int count = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++count;
+    return count;
+}
+
+// Storage controllers of every kind among other functions, disks in both
+// sysfs layouts, and a routing table that lists only the Fibre Channel
+// adapter (slot 2). The ROM offers no environment variables.
+void addStorage(Sim::Machine& machine)
+{
+    machine.provideVlmpci();
+    machine.addRoutingLine({{4, 0, 0}, 2});
+    machine.addFunction({0, 0, 0}, 0x1000, 0x0030, 0x01, 0x00);    // SCSI, subsystem 0
+    machine.addFunction({0, 0x1D, 0}, 0x8086, 0x3A34, 0x0C, 0x03); // USB
+    machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, 0x01).subsystem(0x0E11, 0x330D);
+    machine.addFunction({0, 0x1F, 3}, 0x8086, 0x3A30, 0x0C, 0x05); // SMBus
+    machine.addFunction({0, 0x1F, 6}, 0x8086, 0x3A36, 0x01, 0x80); // other mass storage
+    machine.addFunction({2, 0, 0}, 0x14E4, 0x1639, 0x02, 0x00);    // network
+    machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);
+    machine.addFunction({4, 0, 0}, 0x1077, 0x2532, 0x0C, 0x04).subsystem(0x0E11, 0x3262);
+    machine.addDisk({{3, 0, 0}, "cciss!c0d0", 73407865856, true});
+    machine.addDisk({{3, 0, 0}, "cciss!c0d1", 0});
+    machine.addDisk({{3, 0, 0}, "cciss!c0d3", 300000000000});
+    machine.addDisk({{3, 0, 0}, "cciss!c0d2", 146778685440});
+    machine.addDisk({{4, 0, 0}, "sdb", 1000204886016, false, true});
+    machine.addDisk({{4, 0, 0}, "sda", 500107862016, false, true});
+    machine.addDisk({{0, 0x1F, 2}, "sr0", 0, true});
+}
+} // namespace
+
+TEST(AllStoragePage, DocumentOfControllersNamesAndDisks)
+{
+    Sim::Machine machine;
+    addStorage(machine);
+    auto check = [](Sim::Machine&)
+    {
+        // Without environment variables the boot-controller records stay
+        // zeroed: only the controller at 00:00.0 with subsystem 0 is ranked
+        // (0); the embedded IDE controller takes rank 1; the unranked ones
+        // follow in the order the sort leaves equal ranks (exchanged).
+        EXPECT_EQ(
+            "<AllStorage PCIDeviceCount=\"4\">"
+            "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"0\" Bus=\"00\" ClassCode=\"01\" "
+            "Device=\"00\" DeviceID=\"0030\" Function=\"00\" Index=\"0\" Name=\"LSI 53C1030\" "
+            "Slot=\"0\" SubClassCode=\"00\" SubsystemID=\"00000000\" VendorID=\"1000\"/>"
+            "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"1\" Bus=\"00\" ClassCode=\"01\" "
+            "Device=\"1F\" DeviceID=\"3A20\" Function=\"02\" Index=\"1\" Name=\"\" Slot=\"0\" "
+            "SubClassCode=\"01\" SubsystemID=\"0E11330D\" VendorID=\"8086\"/>"
+            "<PCIDevice BlockDeviceCount=\"2\" BootOrder=\"2\" Bus=\"04\" ClassCode=\"0C\" "
+            "Device=\"00\" DeviceID=\"2532\" Function=\"00\" Index=\"2\" "
+            "Name=\"Integrated PCI IDE Controller\" Slot=\"2\" SubClassCode=\"04\" "
+            "SubsystemID=\"0E113262\" VendorID=\"1077\">"
+            "<BlockDevice DeviceNode=\"/dev/sda\" DriveNumber=\"1\" Index=\"0\" Removable=\"0\" "
+            "Size=\"500107862016\"/>"
+            "<BlockDevice DeviceNode=\"/dev/sdb\" DriveNumber=\"2\" Index=\"1\" Removable=\"0\" "
+            "Size=\"1000204886016\"/></PCIDevice>"
+            "<PCIDevice BlockDeviceCount=\"2\" BootOrder=\"3\" Bus=\"03\" ClassCode=\"01\" "
+            "Device=\"00\" DeviceID=\"323A\" Function=\"00\" Index=\"3\" "
+            "Name=\"Smart Array P410i\" Slot=\"0\" SubClassCode=\"04\" SubsystemID=\"0E113245\" "
+            "VendorID=\"103C\">"
+            "<BlockDevice DeviceNode=\"/dev/cciss/c0d2\" DriveNumber=\"1\" Index=\"0\" "
+            "Removable=\"0\" Size=\"146778685440\"/>"
+            "<BlockDevice DeviceNode=\"/dev/cciss/c0d3\" DriveNumber=\"2\" Index=\"1\" "
+            "Removable=\"0\" Size=\"300000000000\"/></PCIDevice>"
+            "</AllStorage>",
+            inventoryWith(kNames));
+
+        // A missing database (or one without "PCI") names every controller
+        // with the catch-all label.
+        const std::string unnamed = inventoryWith("<AllBoards><Other/></AllBoards>");
+        EXPECT_EQ(4u, controllerOrder(unnamed).size());
+        EXPECT_EQ(4, occurrences(unnamed, "Name=\"Integrated PCI IDE Controller\""));
+    };
+    onSimulatedServer(machine, check);
+}
+
+TEST(AllStoragePage, EmptyMachineAndCommands)
+{
+    Sim::Machine empty;
+    auto check = [](Sim::Machine&)
+    {
+        EXPECT_EQ("<AllStorage PCIDeviceCount=\"0\"/>", inventoryWith(kNames));
+
+        TestSupport::TempDir dir;
+        const std::string target = dir.file("allstorage.xml");
+        EXPECT_EQ("{\"ErrorCode\":1}", runPage("allstorage.nsp", "AllStorageXML=" + target));
+        EXPECT_EQ("{\"ErrorCode\":1}",
+                  runPage("allstorage.nsp", "Command=Query&AllStorageXML=" + target));
+        EXPECT_FALSE(TestSupport::exists(target));
+
+        EXPECT_EQ("{\"ErrorCode\":0}",
+                  runPage("allstorage.nsp", "command=CREATE&AllStorageXML=" + target));
+        EXPECT_EQ("<AllStorage PCIDeviceCount=\"0\"/>", readFile(target));
+        // A file that cannot be written is not reported.
+        EXPECT_EQ("{\"ErrorCode\":0}",
+                  runPage("allstorage.nsp", "Command=Create&AllStorageXML=" + dir.path()));
+    };
+    onSimulatedServer(empty, check);
+}
+
+TEST(AllStoragePage, IDEControllersOfServers725And747AreLookedUpOneFunctionLower)
+{
+    // No routing table: every slot is 255, so no IDE controller counts as
+    // embedded. The zeroed records name 00:00.0 with subsystem 0, which is
+    // where an IDE controller at 00:00.1 is looked up on these two servers.
+    auto machineFor = [](const char* systemId)
+    {
+        auto machine = std::make_unique<Sim::Machine>();
+        machine->installSmbios(Sim::SmbiosBuilder().systemId(systemId));
+        machine->addFunction({0, 0, 1}, 0x8086, 0x7111, 0x01, 0x01);    // IDE
+        machine->addFunction({0, 0x1F, 2}, 0x8086, 0x2922, 0x01, 0x06); // SATA
+        machine->addFunction({0, 0x1F, 5}, 0x8086, 0x2926, 0x01, 0x06); // SATA
+        return machine;
+    };
+    auto lookedUpLower = [](Sim::Machine&)
+    {
+        const std::vector<std::string> expected = {"00:00.01", "00:1F.05", "00:1F.02"};
+        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
+    };
+    auto lookedUpAsItIs = [](Sim::Machine&)
+    {
+        // All unranked: three equal ranks come out in the sort's order.
+        const std::vector<std::string> expected = {"00:1F.05", "00:1F.02", "00:00.01"};
+        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
+    };
+    onSimulatedServer(*machineFor("ZR0A0725"), lookedUpLower);
+    onSimulatedServer(*machineFor("ZR0B0747"), lookedUpLower);
+    onSimulatedServer(*machineFor("ZR0A0726"), lookedUpAsItIs);
+    onSimulatedServer(*machineFor("725"), lookedUpAsItIs);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "extension/NSP.h"
+
+#include <string>
+
+namespace TestSupport
+{
+
+// One page run through a page processor of its own, as the entry point runs
+// it, but without starting the library (so no start-up job runs beside it);
+// the answer the page flushed.
+inline std::string runPage(const char* page, const std::string& query)
+{
+    Common::string buffer;
+    NSP processor(&buffer);
+    processor.Execute(Common::istring("GET"), Common::istring(page),
+                      Common::istring(query.c_str()));
+    return std::string(buffer.c_str(), buffer.size());
+}
+
+} // namespace TestSupport
