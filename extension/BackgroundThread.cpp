@@ -1,5 +1,8 @@
 #include "extension/BackgroundThread.h"
 
+#include "collection/AllBoards.h"
+#include "collection/AllStorage.h"
+
 BackgroundThread::BackgroundThread(const Common::string& contentFolder)
     : m_contentFolder(contentFolder.c_str(), contentFolder.size()) // a copy of its own
 {
@@ -16,10 +19,13 @@ void BackgroundThread::Run()
     }
 }
 
-// The job's body: the one place to fill when the hardware inventory lands.
-// 1. names: m_contentFolder + "/cfg/allboards.xml" and
-//    m_contentFolder + "/cfg/allstorage.xml";
-// 2. Collection::AllBoards over the first, Collection::AllStorage over it,
-//    Save to the second;
-// 3. Collection::Warden100().isSupported(), the answer dropped.
-void BackgroundThread::Work() {}
+// Everything the job builds is its own: strings made here from the job's copy
+// of the content folder, the names database, the inventory and its document.
+void BackgroundThread::Work()
+{
+    const Common::string boardsFile = m_contentFolder + "/cfg/allboards.xml";
+    const Common::string storageFile = m_contentFolder + "/cfg/allstorage.xml";
+
+    Common::shared_ptr<Collection::AllBoards> boards(new Collection::AllBoards(boardsFile));
+    Collection::AllStorage(boards).Save(storageFile);
+}

@@ -7,8 +7,7 @@
 // the configuration has been read: it builds the storage inventory from
 // "<content folder>/cfg/allboards.xml", saves it as
 // "<content folder>/cfg/allstorage.xml" and primes the detection
-// of the management processor. The work itself arrives with the hardware
-// inventory; until then Run() does nothing.
+// of the management processor.
 //
 // The job gets its own copy of the content folder (made on the starting
 // thread): strings count their references without a lock, so the job must

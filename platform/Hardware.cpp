@@ -11,14 +11,17 @@ namespace
 {
 Hardware* s_selected = nullptr;
 bool s_chosen = false;
+// Built when the module loads and destroyed when it unloads, after the
+// module's threads have been joined: a thread still at work while the host
+// exits (the start-up job) never meets a destroyed backend.
+RealHardware s_real;
 
 Hardware& choose()
 {
     __atomic_store_n(&s_chosen, true, __ATOMIC_RELEASE);
     if (s_selected != nullptr)
         return *s_selected;
-    static RealHardware real;
-    return real;
+    return s_real;
 }
 } // namespace
 

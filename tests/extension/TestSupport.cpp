@@ -1,6 +1,7 @@
 #include "TestSupport.h"
 
 #include "extension/ZRAPPExtension.h"
+#include "sim/SimulatedHardware.h"
 
 #include <gtest/gtest.h>
 
@@ -74,11 +75,23 @@ Folders& folders()
     return instance;
 }
 
+// The first request starts the start-up job, which reaches the hardware: in
+// these tests it meets an empty simulated server, never the real machine.
+// Built before the first request, so it outlives the job (statics are
+// destroyed in reverse order, the job's thread first).
+Sim::SimulatedHardware& emptyServer()
+{
+    static Sim::Machine machine;
+    static Sim::SimulatedHardware hardware(machine);
+    return hardware;
+}
+
 class HostEnvironment : public ::testing::Environment
 {
 public:
     void SetUp() override
     {
+        emptyServer().install();
         Folders& f = folders();
         f.host = new TempDir("tidewell-host");
         f.content = new TempDir("tidewell-content");

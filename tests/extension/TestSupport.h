@@ -8,8 +8,16 @@
 // TIDEWELL.XML and "_" = <host folder>/iexplore, and a content folder that
 // the configuration names. Tests put the files they need into that content
 // folder (each under names of its own) and request them through the entry
-// point. ctest runs each test in a process of its own; running the whole
-// program at once works too, since every test uses names of its own.
+// point. ctest runs each test in a process of its own, which the tests on
+// simulated servers need (below); the others also pass when the whole program
+// runs at once, since every test uses names of its own.
+//
+// The hardware: the environment selects an empty simulated server for the
+// process, which the start-up job of the first request then uses. A
+// simulated-server test (tests/support/SimulatedServer.h) can still install
+// its own machine in a child process as long as nothing in this process has
+// reached the hardware yet: such tests make no request in the parent, and
+// need a process in which no earlier test made one.
 
 #include <string>
 

@@ -198,6 +198,23 @@ case "$case" in
     size=$(stat -c %s "$work/out")
     (( size > 60000000 && size <= 67108864 )) || fail "page of $size bytes" ;;
 
+  startup_inventory)
+    # The first request starts the start-up job, which saves the inventory
+    # into the content folder's "cfg"; the shell ends only after the job. The
+    # real backend without privileges finds no SMBIOS and no PCI functions,
+    # so the inventory is empty; it equals what allstorage.nsp writes.
+    chmod 777 "$content/cfg"
+    printf '<AllBoards><PCI><dev id="8086100E00000000"><name>82540EM</name></dev></PCI></AllBoards>' >"$content/cfg/allboards.xml"
+    chmod a+r "$content/cfg/allboards.xml"
+    [[ ! -e "$content/cfg/allstorage.xml" ]] || fail "inventory present before the first request"
+    printf '<div>header</div>' >"$work/expected"
+    expect_get "header.htm" 0 "$work/expected"
+    [[ -f "$content/cfg/allstorage.xml" ]] || fail "the start-up job saved no inventory"
+    printf '{"ErrorCode":0}' >"$work/expected"
+    expect_get "allstorage.nsp?Command=Create&AllBoardsXML=$content/cfg/allboards.xml&AllStorageXML=$work/tmp/page.xml" 0 "$work/expected"
+    cmp "$content/cfg/allstorage.xml" "$work/tmp/page.xml" || fail "saved inventory differs from the page's"
+    printf '<AllStorage PCIDeviceCount="0"/>' | cmp - "$work/tmp/page.xml" || fail "inventory of an unprivileged run" ;;
+
   *) fail "unknown case $case" ;;
 esac
 echo "ok: $case"
