@@ -22,18 +22,24 @@ Common::string AllBoards::deviceName(const unsigned short& vendor, const unsigne
         return name;
 
     const Common::string key = IN_HEX_4(vendor) + IN_HEX_4(device) + IN_HEX_8(subsystem);
+    // Built once: the walk visits every entry of a database of tens of
+    // thousands.
+    const Common::string entryTag("dev");
+    const Common::string keyAttribute("id");
+    const Common::string nameTag("name");
     const Common::shared_ptr<Common::XML::Element> pci = m_root->getElement("PCI");
     // Every matching entry overwrites the name: where keys repeat, the last
-    // entry wins.
+    // entry wins. The key is never empty, so an entry without "id" (read as
+    // "") never matches.
     for (Common::XML::Element::ElementIterator it = pci->elementBegin(); it != pci->elementEnd();
          ++it)
     {
         if (it->get() == nullptr)
             continue;
         const Common::XML::Element& entry = **it;
-        if (entry.tag() == "dev" && entry.hasAttribute("id") && entry.attribute("id") == key &&
-            entry.hasElement("name"))
-            name = entry.getElement("name")->text();
+        if (entry.tag() == entryTag && entry.attribute(keyAttribute) == key &&
+            entry.hasElement(nameTag))
+            name = entry.getElement(nameTag)->text();
     }
     return name;
 }
