@@ -8,6 +8,25 @@
 
 namespace
 {
+std::string writeTemporaryFile(const char* tag, const std::string& text)
+{
+    const char* tmpdir = std::getenv("TMPDIR");
+    std::string path = std::string(tmpdir && *tmpdir ? tmpdir : "/tmp") + "/" + tag + ".XXXXXX";
+    std::vector<char> name(path.begin(), path.end());
+    name.push_back('\0');
+    int fd = mkstemp(name.data());
+    if (fd < 0)
+        return std::string();
+    bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    close(fd);
+    if (!written)
+    {
+        unlink(name.data());
+        return std::string();
+    }
+    return name.data();
+}
+
 bool isHex(const std::string& s, size_t at, size_t n)
 {
     if (s.size() < at + n)
@@ -96,21 +115,26 @@ std::string document(const std::vector<Entry>& entries)
     return doc;
 }
 
-std::string writeTemporaryFile(const char* tag, const std::string& text)
+bool prepareDatabase(const char* program, int argc, char** argv, int defaultRuns,
+                     BenchDatabase& database)
 {
-    const char* tmpdir = std::getenv("TMPDIR");
-    std::string path = std::string(tmpdir && *tmpdir ? tmpdir : "/tmp") + "/" + tag + ".XXXXXX";
-    std::vector<char> name(path.begin(), path.end());
-    name.push_back('\0');
-    int fd = mkstemp(name.data());
-    if (fd < 0)
-        return std::string();
-    bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    close(fd);
-    if (!written)
+    const char* ids = argc > 1 ? argv[1] : "/usr/share/misc/pci.ids";
+    database.runs = argc > 2 ? std::atoi(argv[2]) : defaultRuns;
+    if (database.runs < 1)
+        database.runs = 1;
+    database.entries = readPciIds(ids);
+    if (database.entries.empty())
     {
-        unlink(name.data());
-        return std::string();
+        std::fprintf(stderr, "%s: no entries read from %s (Debian package hwdata)\n", program, ids);
+        return false;
     }
-    return name.data();
+    const std::string text = document(database.entries);
+    database.bytes = text.size();
+    database.path = writeTemporaryFile(program, text);
+    if (database.path.empty())
+    {
+        std::fprintf(stderr, "%s: cannot write the temporary file\n", program);
+        return false;
+    }
+    return true;
 }

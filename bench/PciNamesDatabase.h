@@ -20,6 +20,19 @@ struct Entry
 std::vector<Entry> readPciIds(const char* path);
 // The database document of the entries.
 std::string document(const std::vector<Entry>& entries);
-// Writes `text` to a fresh file in $TMPDIR (else /tmp) named after `tag`;
-// its path, or "" when it cannot be written.
-std::string writeTemporaryFile(const char* tag, const std::string& text);
+
+// A benchmark's database, from its arguments "[pci.ids] [runs]": the entries
+// of the pci.ids file (default /usr/share/misc/pci.ids) written as a database
+// to a fresh file in $TMPDIR (else /tmp), which the caller removes, and the
+// number of runs (default `defaultRuns`, at least 1).
+struct BenchDatabase
+{
+    std::vector<Entry> entries;
+    std::string path;
+    std::size_t bytes;
+    int runs;
+};
+// False, with a message naming `program`, when no entry can be read or the
+// file cannot be written.
+bool prepareDatabase(const char* program, int argc, char** argv, int defaultRuns,
+                     BenchDatabase& database);

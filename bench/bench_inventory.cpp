@@ -102,25 +102,12 @@ void buildInventory(const char* file)
 
 int main(int argc, char** argv)
 {
-    const char* ids = argc > 1 ? argv[1] : "/usr/share/misc/pci.ids";
-    int runs = argc > 2 ? std::atoi(argv[2]) : 5;
-    if (runs < 1)
-        runs = 1;
-
-    const std::vector<Entry> entries = readPciIds(ids);
-    if (entries.size() < kControllers)
-    {
-        std::fprintf(stderr, "bench_inventory: no entries read from %s (Debian package hwdata)\n",
-                     ids);
+    BenchDatabase database;
+    if (!prepareDatabase("bench_inventory", argc, argv, 5, database))
         return 1;
-    }
-    const std::string path = writeTemporaryFile("bench_inventory", document(entries));
-    if (path.empty())
-    {
-        std::fprintf(stderr, "bench_inventory: cannot write the temporary file\n");
-        return 1;
-    }
-    const char* file = path.c_str();
+    const std::vector<Entry>& entries = database.entries;
+    const int runs = database.runs;
+    const char* file = database.path.c_str();
 
     Sim::Machine machine;
     addControllers(machine, boardsFrom(entries));

@@ -104,26 +104,12 @@ Clock timeOurs(const char* path, Clock& parse)
 
 int main(int argc, char** argv)
 {
-    const char* ids = argc > 1 ? argv[1] : "/usr/share/misc/pci.ids";
-    int runs = argc > 2 ? std::atoi(argv[2]) : 7;
-    if (runs < 1)
-        runs = 1;
-
-    std::vector<Entry> entries = readPciIds(ids);
-    if (entries.empty())
-    {
-        std::fprintf(stderr, "bench_xml: no entries read from %s (Debian package hwdata)\n", ids);
+    BenchDatabase database;
+    if (!prepareDatabase("bench_xml", argc, argv, 7, database))
         return 1;
-    }
-    std::string doc = document(entries);
-
-    const std::string path = writeTemporaryFile("bench_xml", doc);
-    if (path.empty())
-    {
-        std::fprintf(stderr, "bench_xml: cannot write the temporary file\n");
-        return 1;
-    }
-    const char* file = path.c_str();
+    const std::vector<Entry>& entries = database.entries;
+    const int runs = database.runs;
+    const char* file = database.path.c_str();
 
     if (!verify(file, entries))
     {
@@ -157,7 +143,7 @@ int main(int argc, char** argv)
     unlink(file);
 
     std::printf("names database: %zu entries, %zu bytes; best of %d runs\n", entries.size(),
-                doc.size(), runs);
+                database.bytes, runs);
     reportRatio("parse names database vs xmllint --noout (CPU time)", bestParse.cpu, bestLint.cpu,
                 1.0);
     reportRatio("parse names database vs xmllint --noout (wall time)", bestParse.wall,
