@@ -2,6 +2,7 @@
 
 #include "collection/PCIStorageControllers.h"
 #include "common/Conversion.h"
+#include "common/Format.h"
 #include "common/Hex.h"
 #include "common/OutputStreamToFile.h"
 #include "common/Sort.h"
@@ -29,21 +30,13 @@ void sortNames(Common::list<Common::string>& names)
     Common::sort(names.begin(), names.end(), Common::LessThanPredicate<Common::string>());
 }
 
-// "0000:bb:dd.f/" under the sysfs folder of PCI devices.
+// "0000:bb:dd.f/" under the sysfs folder of PCI devices: bus and device in
+// two lower-case hexadecimal digits, the function in decimal.
 Common::string deviceFolder(const PCIStorageController& controller)
 {
-    char name[32];
-    static const char digits[] = "0123456789abcdef";
-    const unsigned char bus = controller.bus();
-    const unsigned char device = controller.device();
-    name[0] = digits[bus >> 4];
-    name[1] = digits[bus & 15];
-    name[2] = ':';
-    name[3] = digits[(device >> 4) & 15];
-    name[4] = digits[device & 15];
-    name[5] = '\0';
-    return Common::Platform::hardware().path("/sys/bus/pci/devices/0000:") + name + "." +
-           Conversion::toString(controller.function()) + "/";
+    return Common::Platform::hardware().path("/sys/bus/pci/devices/") +
+           Common::formatShort("0000:%02x:%02x.%u/", controller.bus(), controller.device(),
+                               static_cast<unsigned>(controller.function()));
 }
 
 // The kernel name of a disk entry: what follows the last "block:", or the
