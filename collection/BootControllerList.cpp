@@ -1,6 +1,7 @@
 #include "collection/BootControllerList.h"
 
 #include "common/Conversion.h"
+#include "common/system/EnvironmentVariable.h"
 
 #include <cstring>
 
@@ -10,6 +11,11 @@ namespace Collection
 BootControllerList::BootControllerList()
 {
     std::memset(m_records, 0, sizeof m_records);
+    if (!Common::EnvironmentVariable::supported())
+        return;
+    unsigned int size = sizeof m_records;
+    if (!Common::EnvironmentVariable::read("RXHORD", m_records, size))
+        std::memset(m_records, 0, sizeof m_records); // whatever a failed read left
 }
 
 unsigned char BootControllerList::rank(const unsigned char& bus, const unsigned char& device,

@@ -97,6 +97,7 @@ void writeSysfs(Machine const& machine, fs::path const& sys)
         writeFile(block / "size", std::to_string(disk.bytes / 512) + "\n");
     }
 }
+
 // The kernel's device majors; "ipmidev" only where the controller's driver
 // lists it.
 void writeDevices(Machine const& machine, fs::path const& path)

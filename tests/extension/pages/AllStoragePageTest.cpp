@@ -1,6 +1,7 @@
 #include "../TestSupport.h"
 #include "PageRunner.h"
 
+#include "sim/RomServices.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <gtest/gtest.h>
@@ -62,6 +63,32 @@ int occurrences(const std::string& text, const std::string& what)
     for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
         ++count;
     return count;
+}
+
+// One boot-controller record: the subsystem value stored byte-reversed, the
+// bus and the device/function byte.
+std::vector<std::uint8_t> record(std::uint8_t bus, std::uint8_t device, std::uint8_t function,
+                                 std::uint32_t subsystem)
+{
+    return {static_cast<std::uint8_t>(subsystem >> 24),
+            static_cast<std::uint8_t>(subsystem >> 16),
+            static_cast<std::uint8_t>(subsystem >> 8),
+            static_cast<std::uint8_t>(subsystem),
+            0xEE,
+            bus,
+            static_cast<std::uint8_t>(device << 3 | function),
+            0xEE};
+}
+
+// A Corvane ROM whose "RXHORD" holds `records` in order.
+void addBootControllerList(Sim::Machine& machine,
+                           const std::vector<std::vector<std::uint8_t>>& records)
+{
+    Sim::RomServices::addStandardRom(machine);
+    std::vector<std::uint8_t> value;
+    for (const std::vector<std::uint8_t>& one : records)
+        value.insert(value.end(), one.begin(), one.end());
+    machine.environment().set("RXHORD", value);
 }
 
 // Storage controllers of every kind among other functions, disks in both
@@ -188,4 +215,67 @@ TEST(AllStoragePage, IDEControllersOfServers725And747AreLookedUpOneFunctionLower
     onSimulatedServer(*machineFor("ZR0B0747"), lookedUpLower);
     onSimulatedServer(*machineFor("ZR0A0726"), lookedUpAsItIs);
     onSimulatedServer(*machineFor("725"), lookedUpAsItIs);
+}
+
+TEST(AllStoragePage, ControllersRankedByTheFirmwaresBootControllerList)
+{
+    Sim::Machine machine;
+    machine.installSmbios(Sim::SmbiosBuilder().systemId("ZR0A0725"));
+    // A routing table listing the Fibre Channel adapter only: the IDE
+    // controller (slot 0) is the embedded one.
+    machine.addRoutingLine({{4, 0, 0}, 2});
+    machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, 0x01).subsystem(0x0E11, 0x330D);
+    machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);
+    machine.addFunction({4, 0, 0}, 0x1077, 0x2532, 0x0C, 0x04).subsystem(0x0E11, 0x3262);
+    machine.addFunction({5, 0, 0}, 0x1000, 0x0072, 0x01, 0x07).subsystem(0x1028, 0x1F1C);
+    machine.addFunction({6, 0, 0}, 0x8086, 0x2922, 0x01, 0x06);
+    addBootControllerList(machine, {
+                                       record(4, 0, 0, 0x0E113262),
+                                       record(3, 0, 0, 0x0E113245),
+                                       record(5, 0, 0, 0x1028FFFF),    // another subsystem
+                                       record(5, 0, 1, 0x10281F1C),    // another function
+                                       record(0, 0x1F, 2, 0x0E11330D), // never looked up
+                                       record(5, 0, 0, 0x10281F1C),
+                                   });
+    auto check = [](Sim::Machine&)
+    {
+        // Ranks 1 (embedded IDE), 1, 0, 5 and unranked, in enumeration
+        // order; the sort exchanges the two of rank 1 on its way.
+        const std::string document = inventoryWith(kNames);
+        const std::vector<std::string> expected = {"04:00.00", "03:00.00", "00:1F.02", "05:00.00",
+                                                   "06:00.00"};
+        EXPECT_EQ(expected, controllerOrder(document));
+        for (int rank = 0; rank < 5; ++rank)
+            EXPECT_NE(std::string::npos,
+                      document.find("BootOrder=\"" + std::to_string(rank) + "\" Bus=\"" +
+                                    expected[rank].substr(0, 2) + "\""));
+    };
+    onSimulatedServer(machine, check);
+}
+
+TEST(AllStoragePage, BootControllerListNamesIDEControllersOf747OneFunctionLower)
+{
+    // No routing table anywhere (slot 255): the IDE controller is looked up.
+    auto machineFor = [](const char* systemId)
+    {
+        auto machine = std::make_unique<Sim::Machine>();
+        machine->installSmbios(Sim::SmbiosBuilder().systemId(systemId));
+        machine->addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, 0x01).subsystem(0x0E11, 0x330D);
+        machine->addFunction({0, 0x1F, 5}, 0x8086, 0x3A26, 0x01, 0x06).subsystem(0x0E11, 0x330D);
+        addBootControllerList(*machine,
+                              {record(0, 0x1F, 1, 0x0E11330D), record(0, 0x1F, 5, 0x0E11330D)});
+        return machine;
+    };
+    auto ranked = [](Sim::Machine&)
+    {
+        const std::vector<std::string> expected = {"00:1F.02", "00:1F.05"};
+        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
+    };
+    auto unranked = [](Sim::Machine&)
+    {
+        const std::vector<std::string> expected = {"00:1F.05", "00:1F.02"};
+        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
+    };
+    onSimulatedServer(*machineFor("ZR0B0747"), ranked);
+    onSimulatedServer(*machineFor("ZR0A0726"), unranked);
 }
