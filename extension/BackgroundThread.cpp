@@ -2,6 +2,7 @@
 
 #include "collection/AllBoards.h"
 #include "collection/AllStorage.h"
+#include "collection/Warden100.h"
 
 BackgroundThread::BackgroundThread(const Common::string& contentFolder)
     : m_contentFolder(contentFolder.c_str(), contentFolder.size()) // a copy of its own
@@ -28,4 +29,8 @@ void BackgroundThread::Work()
 
     Common::shared_ptr<Collection::AllBoards> boards(new Collection::AllBoards(boardsFile));
     Collection::AllStorage(boards).Save(storageFile);
+
+    // Asked once now, so that the pages that need the answer later have it
+    // at once on a machine with a management processor.
+    Collection::Warden100().isSupported();
 }

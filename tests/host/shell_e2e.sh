@@ -21,6 +21,16 @@ cp "$module_bin" "$work/bin/libtidewell.so"
 chmod 755 "$work/bin/tidewell_shell" "$work/bin/libtidewell.so"
 export TMPDIR=$work/tmp
 
+# The start-up job probes the management processor, which on a machine
+# without an IPMI device runs "modprobe" and "mknod": stand-ins on the search
+# path answer instead (and record their calls), so the machine is not touched.
+mkdir -p "$work/stubs"
+for command in modprobe mknod; do
+  printf '#!/bin/sh\necho "%s $*" >>"%s"\nexit 1\n' "$command" "$work/tmp/driver-commands" >"$work/stubs/$command"
+  chmod 755 "$work/stubs/$command"
+done
+export PATH=$work/stubs:$PATH
+
 run_as=()
 if [[ $(id -u) -eq 0 ]]; then
   run_as=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
@@ -107,7 +117,9 @@ case "$case" in
     [[ ! -s "$work/out" ]] || fail "debug.nsp answered a page"
     grep -Eq $'^\\[[0-9]{2}:[0-9]{2}:[0-9]{2}\\] 100% done %s\r$' "$host/iexplore_html.log" || { od -c "$host/iexplore_html.log"; fail "log line"; }
     [[ $(wc -l <"$host/iexplore_html.log") -eq 1 ]] || fail "the log was not truncated"
-    cmp "$work/err" "$host/iexplore_html.log" || fail "the console line is not on standard error"
+    # The start-up job's ROM layer may say on standard error that it cannot
+    # open /dev/mem (an unprivileged run): that line is not the page's.
+    grep -v '^opening /dev/mem: ' "$work/err" | cmp - "$host/iexplore_html.log" || fail "the console line is not on standard error"
     [[ -f "$host/TIDEWELL.XML" ]] || fail "no configuration file in the host folder" ;;
 
   serve)
@@ -213,7 +225,10 @@ case "$case" in
     printf '{"ErrorCode":0}' >"$work/expected"
     expect_get "allstorage.nsp?Command=Create&AllBoardsXML=$content/cfg/allboards.xml&AllStorageXML=$work/tmp/page.xml" 0 "$work/expected"
     cmp "$content/cfg/allstorage.xml" "$work/tmp/page.xml" || fail "saved inventory differs from the page's"
-    printf '<AllStorage PCIDeviceCount="0"/>' | cmp - "$work/tmp/page.xml" || fail "inventory of an unprivileged run" ;;
+    printf '<AllStorage PCIDeviceCount="0"/>' | cmp - "$work/tmp/page.xml" || fail "inventory of an unprivileged run"
+    # Then the job probed the management processor: without a device it
+    # asked for the IPMI driver (the stand-ins above).
+    grep -q '^modprobe ipmi_msghandler' "$work/tmp/driver-commands" || fail "no management-processor probe" ;;
 
   *) fail "unknown case $case" ;;
 esac
