@@ -7,7 +7,9 @@
 // the configuration has been read: it builds the storage inventory from
 // "<content folder>/cfg/allboards.xml", saves it as
 // "<content folder>/cfg/allstorage.xml" and primes the detection
-// of the management processor.
+// of the management processor. On a machine without a management processor
+// the probe waits for the IPMI driver (about 6 seconds); a host that exits
+// meanwhile waits for the job, which is joined when the module's statics go.
 //
 // The job gets its own copy of the content folder (made on the starting
 // thread): strings count their references without a lock, so the job must
