@@ -7,7 +7,8 @@
 // Usage:
 //   tidewell_shell [OPTIONS] CONTENT get URL [METHOD]
 //   tidewell_shell [OPTIONS] CONTENT serve
-// OPTIONS: --module FILE, --host-dir DIR, --no-config (below).
+// OPTIONS: --module FILE, --host-dir DIR, --no-config, --simulate FILE
+// (below).
 //
 // CONTENT is the content folder that URLs resolve against. The module finds
 // its configuration file through the host executable's path, which it takes
@@ -22,6 +23,12 @@
 // --no-config writes no configuration file (CONTENT is then not used): the
 // module finds none and resolves URLs against the working directory, as a
 // host without one would have it.
+//
+// --simulate FILE runs the simulated module (libtidewell_sim.so, built with
+// this shell) against the simulated server that the machine description FILE
+// describes (sim/machines/*.xml): the shell hands FILE's absolute path to
+// that module in the environment variable TIDEWELL_SIMULATED_MACHINE, which
+// only the simulated module reads. --module still overrides the module.
 //
 // The module's own standard output (the console line of "debug.nsp") is sent
 // to the shell's standard error, so that standard output carries pages only.
@@ -61,6 +68,9 @@
 #ifndef TIDEWELL_DEFAULT_MODULE
 #define TIDEWELL_DEFAULT_MODULE "libtidewell.so"
 #endif
+#ifndef TIDEWELL_SIMULATED_MODULE
+#define TIDEWELL_SIMULATED_MODULE "libtidewell_sim.so"
+#endif
 
 namespace
 {
@@ -72,7 +82,7 @@ void usage()
 {
     std::fprintf(stderr, "usage: tidewell_shell [OPTIONS] CONTENT get URL [METHOD]\n"
                          "       tidewell_shell [OPTIONS] CONTENT serve\n"
-                         "OPTIONS: --module FILE  --host-dir DIR  --no-config\n");
+                         "OPTIONS: --module FILE  --host-dir DIR  --no-config  --simulate FILE\n");
 }
 
 bool writeAll(int fd, const char* bytes, size_t length)
@@ -273,8 +283,9 @@ int serve(Module& module, std::FILE* in, int out)
 
 int main(int argc, char** argv)
 {
-    const char* modulePath = TIDEWELL_DEFAULT_MODULE;
+    const char* modulePath = nullptr;
     const char* hostDir = nullptr;
+    const char* machineDescription = nullptr;
     bool writeConfiguration = true;
     int i = 1;
     for (; i < argc && std::strncmp(argv[i], "--", 2) == 0; ++i)
@@ -285,6 +296,8 @@ int main(int argc, char** argv)
             hostDir = argv[++i];
         else if (std::strcmp(argv[i], "--no-config") == 0)
             writeConfiguration = false;
+        else if (std::strcmp(argv[i], "--simulate") == 0 && i + 1 < argc)
+            machineDescription = argv[++i];
         else
         {
             usage();
@@ -296,6 +309,18 @@ int main(int argc, char** argv)
         usage();
         return kUsage;
     }
+    if (machineDescription != nullptr)
+    {
+        const std::string description = absolute(machineDescription);
+        if (description.empty() ||
+            ::setenv("TIDEWELL_SIMULATED_MACHINE", description.c_str(), 1) != 0)
+        {
+            std::fprintf(stderr, "tidewell_shell: no machine description %s\n", machineDescription);
+            return kSetup;
+        }
+    }
+    if (modulePath == nullptr)
+        modulePath = machineDescription ? TIDEWELL_SIMULATED_MODULE : TIDEWELL_DEFAULT_MODULE;
     const std::string contentArg = argv[i];
     const std::string command = argv[i + 1];
     const bool get = command == "get" && (argc - i == 3 || argc - i == 4);
