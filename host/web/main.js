@@ -1,0 +1,42 @@
+'use strict';
+// node main.js --shell PATH [--port N] [--simulate FILE] [--user NAME] CONTENT
+// Starts the module shell on the content folder CONTENT and serves it on
+// http://127.0.0.1:N/ (default 8080; 0 picks a free port). --simulate runs
+// the simulated module against a machine description; --user runs the shell
+// as that unprivileged user (for use as root). Prints the URL when ready.
+
+const { execFileSync } = require('node:child_process');
+const { parseArgs } = require('node:util');
+const { startBridge } = require('./bridge');
+
+const { values, positionals } = parseArgs({
+  options: {
+    shell: { type: 'string' },
+    port: { type: 'string', default: '8080' },
+    simulate: { type: 'string' },
+    user: { type: 'string' },
+  },
+  allowPositionals: true,
+});
+
+if (!values.shell || positionals.length !== 1 || !/^\d+$/.test(values.port)) {
+  console.error('usage: node main.js --shell PATH [--port N] [--simulate FILE] [--user NAME] CONTENT');
+  process.exit(2);
+}
+
+const shellArguments = [];
+if (values.simulate) shellArguments.push('--simulate', values.simulate);
+shellArguments.push(positionals[0], 'serve');
+
+const spawnOptions = {};
+if (values.user) {
+  spawnOptions.uid = Number(execFileSync('id', ['-u', values.user]));
+  spawnOptions.gid = Number(execFileSync('id', ['-g', values.user]));
+}
+
+startBridge({ shellPath: values.shell, shellArguments, spawnOptions, port: Number(values.port) })
+  .then(({ url }) => console.log(`Tidewell setup UI: ${url}`))
+  .catch((error) => {
+    console.error(`cannot listen on port ${values.port}: ${error.message}`);
+    process.exit(1);
+  });
