@@ -4,7 +4,7 @@
 # added to the base set). Non-interactive; uses sudo when not run as root.
 set -euo pipefail
 
-base=(g++-multilib cmake ninja-build googletest file libxml2-utils hwdata)
+base=(g++-multilib cmake ninja-build googletest file libxml2-utils hwdata chromium nodejs npm)
 wanted=("${base[@]}" "$@")
 
 missing=()

@@ -6,6 +6,9 @@
 // module reports as not found (result 1) answer 404; a module shell that
 // died answers 502 and is started again by the next request.
 //
+// The module shell runs in the folder given as spawnOptions.cwd; the setup
+// pages name files relative to it (the content folder, as main.js starts it).
+//
 // Listens on 127.0.0.1 only, unless told otherwise: the module acts on the
 // machine it runs on, so it must not be reachable from the network.
 
@@ -24,7 +27,9 @@ function pagePath(requestUrl) {
   return decodeURIComponent(requestUrl.split('?')[0].split('#')[0]) || '/';
 }
 
-// options: { shellPath, shellArguments, spawnOptions, host, port }.
+// options: { shellPath, shellArguments, spawnOptions, host, port, simulated }.
+// `simulated` marks every answer with "X-Tidewell-Simulated: yes": the setup
+// pages send a restart only to a simulated server.
 // Resolves to { server, shell, url } once listening.
 function startBridge(options) {
   const shell = new ShellProcess(options.shellPath, options.shellArguments, options.spawnOptions);
@@ -43,6 +48,7 @@ function startBridge(options) {
         response.writeHead(status, {
           'Content-Type': status === 200 ? contentType(path) : 'text/plain; charset=utf-8',
           'Cache-Control': 'no-store',
+          ...(options.simulated ? { 'X-Tidewell-Simulated': 'yes' } : {}),
         });
         response.end(status === 200 ? page : 'not found\n');
       },

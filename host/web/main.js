@@ -5,6 +5,7 @@
 // the simulated module against a machine description; --user runs the shell
 // as that unprivileged user (for use as root). Prints the URL when ready.
 
+const path = require('node:path');
 const { execFileSync } = require('node:child_process');
 const { parseArgs } = require('node:util');
 const { startBridge } = require('./bridge');
@@ -25,16 +26,17 @@ if (!values.shell || positionals.length !== 1 || !/^\d+$/.test(values.port)) {
 }
 
 const shellArguments = [];
-if (values.simulate) shellArguments.push('--simulate', values.simulate);
-shellArguments.push(positionals[0], 'serve');
+const content = path.resolve(positionals[0]);
+if (values.simulate) shellArguments.push('--simulate', path.resolve(values.simulate));
+shellArguments.push(content, 'serve');
 
-const spawnOptions = {};
+const spawnOptions = { cwd: content };
 if (values.user) {
   spawnOptions.uid = Number(execFileSync('id', ['-u', values.user]));
   spawnOptions.gid = Number(execFileSync('id', ['-g', values.user]));
 }
 
-startBridge({ shellPath: values.shell, shellArguments, spawnOptions, port: Number(values.port) })
+startBridge({ shellPath: path.resolve(values.shell), simulated: Boolean(values.simulate), shellArguments, spawnOptions, port: Number(values.port) })
   .then(({ url }) => console.log(`Tidewell setup UI: ${url}`))
   .catch((error) => {
     console.error(`cannot listen on port ${values.port}: ${error.message}`);

@@ -29,7 +29,8 @@ async function bridgeUnderTest(options = {}) {
   const bridge = await startBridge({
     shellPath: shellPath(),
     shellArguments: ['--simulate', options.machine || rackServer, content, 'serve'],
-    spawnOptions: unprivileged(),
+    spawnOptions: { cwd: content, ...unprivileged() },
+    simulated: true,
     port: 0,
     host: options.host,
   });
