@@ -4,7 +4,12 @@
 # added to the base set). Non-interactive; uses sudo when not run as root.
 set -euo pipefail
 
-base=(g++-multilib cmake ninja-build googletest file libxml2-utils hwdata chromium nodejs npm)
+base=(g++-multilib cmake ninja-build googletest file libxml2-utils hwdata chromium)
+# Node.js and npm for the web bridge and its browser tests. A Node.js from
+# elsewhere that brings its own npm conflicts with Debian's npm package, so
+# each is wanted only when its command is missing.
+command -v node >/dev/null || base+=(nodejs)
+command -v npm >/dev/null || base+=(npm)
 wanted=("${base[@]}" "$@")
 
 missing=()
