@@ -71,6 +71,33 @@ std::uint32_t dword(ElementPtr const& element, char const* name, std::uint32_t f
     return static_cast<std::uint32_t>(number(element, name, fallback, 0xFFFFFFFFu));
 }
 
+// Blank-separated byte numbers, e.g. "0x02 0x00".
+std::vector<std::uint8_t> byteList(ElementPtr const& element, char const* name)
+{
+    std::vector<std::uint8_t> bytes;
+    std::istringstream words(attribute(element, name));
+    std::string word;
+    while (words >> word)
+    {
+        std::size_t used = 0;
+        unsigned long parsed = 0;
+        try
+        {
+            parsed = std::stoul(word, &used, 0);
+        }
+        catch (std::exception const&)
+        {
+            used = 0;
+        }
+        if (used != word.size() || parsed > 0xFF)
+            throw Malformed("<" + text(element->tag()) + "> " + name + "=\"" +
+                            attribute(element, name) + "\" holds \"" + word +
+                            "\", not a byte");
+        bytes.push_back(static_cast<std::uint8_t>(parsed));
+    }
+    return bytes;
+}
+
 bool flag(ElementPtr const& element, char const* name)
 {
     std::string value = attribute(element, name);
@@ -172,8 +199,10 @@ void rom(ElementPtr const& element, Machine& machine)
          [&](ElementPtr const& e)
          {
              std::string value = attribute(e, "value");
-             machine.environment().set(attribute(e, "name"),
-                                       std::vector<std::uint8_t>(value.begin(), value.end()));
+             std::vector<std::uint8_t> content(value.begin(), value.end());
+             if (!attribute(e, "bytes").empty())
+                 content = byteList(e, "bytes");
+             machine.environment().set(attribute(e, "name"), content);
          }},
         {"Route",
          [&](ElementPtr const& e)

@@ -29,7 +29,8 @@ class Machine;
 //   <Disk bus="" device="" function="" name="sda" bytes="" removable="no"
 //     inBlockFolder="no"/>
 //   <Rom>   a Corvane ROM (sim/RomServices.h, "VELMAR" included) holding:
-//     <Variable name="RXHIPL" value="text"/>  <Route bus="" device=""
+//     <Variable name="RXHIPL" value="text"/> or, for binary content,
+//     <Variable name="RXHIPL" bytes="0x00 0x01"/>  <Route bus="" device=""
 //     function="" slot="" link="0x60" bitmap="0xDEB8"/>  (its routing table)
 //   </Rom>
 //   <ManagementController node="/dev/ipmi0" nodeAfterLoading="no" major=""

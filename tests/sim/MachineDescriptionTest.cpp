@@ -55,7 +55,8 @@ TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
         unsigned char order[32] = {};
         unsigned size = sizeof order;
         ASSERT_TRUE(Common::EnvironmentVariable::read("RXHIPL", order, size));
-        EXPECT_EQ("CD,HD,NIC", std::string(reinterpret_cast<char*>(order), size));
+        EXPECT_EQ(std::string("\x00\x01\x02", 3),
+                  std::string(reinterpret_cast<char*>(order), size));
         EXPECT_EQ(2u, Common::EnvironmentVariable::names().size());
         EXPECT_TRUE(Common::IPMI::supported());
     };
@@ -81,6 +82,10 @@ TEST(MachineDescription, FaultsAndMistakesAreReported)
     EXPECT_EQ("<Function> bus=\"0x100\" is not a number up to 255", error);
     EXPECT_FALSE(Sim::MachineDescription::Parse("<Machine><Bridge device=\"12ab\"/></Machine>",
                                                 machine, error));
+    EXPECT_FALSE(Sim::MachineDescription::Parse(
+        "<Machine><Rom><Variable name=\"RXHIPL\" bytes=\"0x01 0x100\"/></Rom></Machine>", machine,
+        error));
+    EXPECT_EQ("<Variable> bytes=\"0x01 0x100\" holds \"0x100\", not a byte", error);
     EXPECT_FALSE(Sim::MachineDescription::Parse("<Server/>", machine, error));
     EXPECT_FALSE(Sim::MachineDescription::Load("/nonexistent/machine.xml", machine, error));
     EXPECT_EQ("cannot read /nonexistent/machine.xml", error);
