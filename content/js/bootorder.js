@@ -21,7 +21,7 @@ function move(index, by) {
 
 function render() {
   current.replaceChildren(...order.map((value, index) => Tidewell.element('li', {}, [
-    `${nameOf(value)} `,
+    Tidewell.element('span', { className: 'name', textContent: nameOf(value) }),
     Tidewell.element('button', { className: 'plain', textContent: '\u2191', title: 'Earlier', disabled: index === 0, onclick: () => move(index, -1) }),
     Tidewell.element('button', { className: 'plain', textContent: '\u2193', title: 'Later', disabled: index === order.length - 1, onclick: () => move(index, 1) }),
     Tidewell.element('button', { className: 'plain', textContent: '\u2715', title: 'Remove', onclick: () => { order.splice(index, 1); render(); } }),

@@ -17,8 +17,13 @@ restart.addEventListener('click', () => dialog.showModal());
 document.getElementById('confirmed').addEventListener('click', async () => {
   dialog.close();
   try {
+    // A real server goes down before answering; the simulated one records the
+    // restart and the page answers with what it was asked to do.
     const answer = await Tidewell.command('reboot.nsp', { Command: 'Perform', Target: target.value, ColdBoot: coldBoot.value });
-    Tidewell.showStatus(status, 'ok', `The simulated server recorded the restart (error code ${answer ? answer.ErrorCode : '?'}).`);
+    if (!answer) throw new Error('reboot.nsp gave no answer');
+    const kind = answer.ColdBoot === 'Yes' ? 'cold' : 'warm';
+    Tidewell.showStatus(status, answer.ErrorCode === 0 ? 'ok' : 'error',
+      `The simulated server recorded a ${kind} restart, next start from ${answer.Target} (error code ${answer.ErrorCode}).`);
   } catch (error) {
     Tidewell.showStatus(status, 'error', error.message);
   }

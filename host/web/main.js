@@ -1,14 +1,16 @@
 'use strict';
 // node main.js --shell PATH [--port N] [--simulate FILE] [--user NAME] CONTENT
-// Starts the module shell on the content folder CONTENT and serves it on
-// http://127.0.0.1:N/ (default 8080; 0 picks a free port). --simulate runs
-// the simulated module against a machine description; --user runs the shell
-// as that unprivileged user (for use as root). Prints the URL when ready.
+// Starts the module shell on a working copy of the content folder CONTENT
+// (removed when the bridge ends) and serves it on http://127.0.0.1:N/
+// (default 8080; 0 picks a free port). --simulate runs the simulated module
+// against a machine description; --user runs the shell as that unprivileged
+// user (for use as root). Prints the URL when ready.
 
 const path = require('node:path');
 const { execFileSync } = require('node:child_process');
 const { parseArgs } = require('node:util');
 const { startBridge } = require('./bridge');
+const { workingContent } = require('./workingContent');
 
 const { values, positionals } = parseArgs({
   options: {
@@ -25,20 +27,29 @@ if (!values.shell || positionals.length !== 1 || !/^\d+$/.test(values.port)) {
   process.exit(2);
 }
 
-const shellArguments = [];
-const content = path.resolve(positionals[0]);
-if (values.simulate) shellArguments.push('--simulate', path.resolve(values.simulate));
-shellArguments.push(content, 'serve');
-
-const spawnOptions = { cwd: content };
+const owner = {};
 if (values.user) {
-  spawnOptions.uid = Number(execFileSync('id', ['-u', values.user]));
-  spawnOptions.gid = Number(execFileSync('id', ['-g', values.user]));
+  owner.uid = Number(execFileSync('id', ['-u', values.user]));
+  owner.gid = Number(execFileSync('id', ['-g', values.user]));
 }
+const copy = workingContent(path.resolve(positionals[0]), owner);
+const shellArguments = [];
+if (values.simulate) shellArguments.push('--simulate', path.resolve(values.simulate));
+shellArguments.push(copy.folder, 'serve');
 
-startBridge({ shellPath: path.resolve(values.shell), simulated: Boolean(values.simulate), shellArguments, spawnOptions, port: Number(values.port) })
+function end(code) {
+  copy.remove();
+  process.exit(code);
+}
+process.on('SIGINT', () => end(0));
+process.on('SIGTERM', () => end(0));
+
+startBridge({
+  shellPath: path.resolve(values.shell), simulated: Boolean(values.simulate), shellArguments,
+  spawnOptions: { cwd: copy.folder, ...owner }, port: Number(values.port),
+})
   .then(({ url }) => console.log(`Tidewell setup UI: ${url}`))
   .catch((error) => {
     console.error(`cannot listen on port ${values.port}: ${error.message}`);
-    process.exit(1);
+    end(1);
   });

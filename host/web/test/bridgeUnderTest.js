@@ -1,11 +1,13 @@
 'use strict';
 // Starts the bridge on a free port with the built module shell (environment
-// variable TIDEWELL_SHELL) and the simulated rack server; as root, the shell
-// runs as the unprivileged user "nobody".
+// variable TIDEWELL_SHELL) and the simulated rack server, on a working copy of
+// the content folder; as root, the shell runs as the unprivileged user
+// "nobody".
 
 const path = require('node:path');
 const { execFileSync } = require('node:child_process');
 const { startBridge } = require('../bridge');
+const { workingContent } = require('../workingContent');
 
 const top = path.resolve(__dirname, '../../..');
 const content = path.join(top, 'content');
@@ -26,16 +28,22 @@ function shellPath() {
 }
 
 async function bridgeUnderTest(options = {}) {
+  const owner = unprivileged();
+  const copy = workingContent(content, owner);
   const bridge = await startBridge({
     shellPath: shellPath(),
-    shellArguments: ['--simulate', options.machine || rackServer, content, 'serve'],
-    spawnOptions: { cwd: content, ...unprivileged() },
+    shellArguments: ['--simulate', options.machine || rackServer, copy.folder, 'serve'],
+    spawnOptions: { cwd: copy.folder, ...owner },
     simulated: true,
     port: 0,
     host: options.host,
   });
+  bridge.content = copy.folder;
   bridge.close = () => new Promise((resolve) => {
-    bridge.server.close(resolve);
+    bridge.server.close(() => {
+      copy.remove();
+      resolve();
+    });
     bridge.server.closeAllConnections();
   });
   return bridge;

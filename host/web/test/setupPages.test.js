@@ -1,7 +1,7 @@
 'use strict';
-// The setup pages in a real browser against the simulated rack server: every
-// page whose command pages answer today. With TIDEWELL_SCREENSHOTS set to a
-// folder, each page is also photographed there.
+// The setup pages in a real browser against the simulated rack server, every
+// page in turn. With TIDEWELL_SCREENSHOTS set to a folder, each page is also
+// photographed there.
 
 const test = require('node:test');
 const assert = require('node:assert/strict');
@@ -98,12 +98,80 @@ test('setup pages in Chromium', async (t) => {
     await photograph(page, 'copy');
   });
 
-  await t.test('pages whose command pages do not answer yet say so', async () => {
-    for (const [name, message] of [['summary', /not available/]]) {
-      await page.goto(new URL(`/${name}.htm`, bridge.url).href);
-      await page.waitForSelector('.status');
-      assert.match(await page.textContent('.status'), message);
-    }
+  await t.test('the system summary shows what the simulated firmware holds', async () => {
+    await page.goto(new URL('/summary.htm', bridge.url).href);
+    await page.waitForSelector('#summary table.values');
+    const rows = Object.fromEntries(await page.$$eval('#summary tr',
+      (trs) => trs.map((tr) => [tr.querySelector('th').textContent, tr.querySelector('td').textContent])));
+    assert.deepEqual(rows, {
+      Product: 'Corvane DL380 G7', 'Serial number': 'CZ2113ABCD', 'Asset tag': 'ASSET-0042',
+      'Server ID': '0725', 'System ID': 'ZR0A0725', 'System ROM': 'P67 (05/05/2011)',
+      'Redundant ROM date': '12/01/2010', Memory: '16384 MB', 'ROM environment variables': 'Yes',
+      'Management processor': 'No',
+    });
+    await photograph(page, 'summary');
+  });
+
+  await t.test('the storage page lists the controllers in boot order with their fixed disks', async () => {
+    await page.goto(new URL('/storage.htm', bridge.url).href);
+    await page.click('#rescan');
+    await page.waitForSelector('#storage .card');
+    const cards = await page.$$eval('#storage .card', (nodes) => nodes.map((card) => ({
+      name: card.querySelector('h2').textContent,
+      rows: Object.fromEntries([...card.querySelectorAll('tr')].map((tr) => [tr.querySelector('th').textContent, tr.querySelector('td').textContent])),
+    })));
+    assert.deepEqual(cards, [
+      { name: 'Embedded SATA Controller', rows: { 'PCI address': '00:1F.02', Slot: 'embedded', 'Boot order': '0', Disks: 'none' } },
+      { name: '8Gb Fibre Channel Host Bus Adapter', rows: { 'PCI address': '04:00.00', Slot: '2', 'Boot order': '1', 'Disk 1': '/dev/sdb, 1099.5 GB' } },
+      { name: 'Smart Array P410i Controller', rows: { 'PCI address': '03:00.00', Slot: 'embedded', 'Boot order': '2',
+        'Disk 1': '/dev/cciss/c0d0, 146.8 GB', 'Disk 2': '/dev/cciss/c0d1, 300.0 GB' } },
+    ]);
+    await photograph(page, 'storage');
+  });
+
+  await t.test('a changed boot order is saved in the ROM and survives a reload', async () => {
+    const shownOrder = () => page.$$eval('#current li', (items) => items.map((item) => item.firstChild.textContent.trim()));
+    await page.goto(new URL('/bootorder.htm', bridge.url).href);
+    await page.waitForSelector('#current li');
+    assert.deepEqual(await shownOrder(), ['CD', 'C:', 'PXE']);
+    await page.click('#current li:nth-child(1) button[title="Later"]');
+    await page.click('#current li:nth-child(3) button[title="Remove"]');
+    assert.deepEqual(await shownOrder(), ['C:', 'CD']);
+    await page.click('#save');
+    await page.waitForSelector('#status .status.ok');
+    await page.reload();
+    await page.waitForSelector('#current li');
+    assert.deepEqual(await shownOrder(), ['C:', 'CD']);
+    await photograph(page, 'bootorder');
+  });
+
+  await t.test('a restart is confirmed, sent to the simulated server and shown as recorded', async () => {
+    await page.goto(new URL('/restart.htm', bridge.url).href);
+    await page.waitForSelector('#restart:not([disabled])');
+    await page.selectOption('#target', 'CD');
+    await page.selectOption('#coldboot', 'Yes');
+    await page.click('#restart');
+    await page.click('#cancel');
+    assert.equal(await page.textContent('#status'), '');
+    await page.click('#restart');
+    await page.click('#confirmed');
+    await page.waitForSelector('#status .status');
+    assert.equal(await page.textContent('#status'),
+      'The simulated server recorded a cold restart, next start from CD (error code 0).');
+    await photograph(page, 'restart');
+  });
+
+  await t.test('two tabs asking at once each get their own intact answers', async () => {
+    const second = await browser.context.newPage();
+    t.after(() => second.close());
+    const pages = ['/ostree.nsp?OSIDList=580001', '/ostree.nsp?OSIDList=5b0034', '/hardware.nsp?Command=Query',
+      '/setbootorder.nsp?Command=Query', '/langsel.htm', '/system.nsp?Command=Query'];
+    const fetchAll = (urls) => Promise.all(urls.map((url) => fetch(url, { cache: 'no-store' }).then((answer) => answer.text())));
+    await second.goto(bridge.url);
+    const expected = await page.evaluate(fetchAll, pages);
+    const rounds = await Promise.all([page, second, page, second].map((tab) => tab.evaluate(fetchAll, pages)));
+    for (const round of rounds) assert.deepEqual(round, expected);
+    assert.match(expected[2], /"ProductName":"Corvane DL380 G7"/);
   });
 
   await t.test('no page raised a script error', () => {
