@@ -6,7 +6,7 @@
 #     8080) through the web bridge, against the simulated server FILE
 #     (default sim/machines/corvane-dl380-g7.xml), until Ctrl-C;
 #   scripts/main.sh --once
-#     shows a few pages through the module shell and ends.
+#     starts the bridge the same way, shows a few pages through it and ends.
 # Without a terminal on standard input (CI), it does what --once does, so it
 # never waits forever; --serve serves there too. As root, the module shell
 # runs as "nobody": "system.nsp" runs programs for whoever reaches the page.
@@ -14,7 +14,7 @@ set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 
-once=auto port=8080 machine=sim/machines/corvane-dl380-g7.xml
+once=auto port= machine=sim/machines/corvane-dl380-g7.xml
 while [[ $# -gt 0 ]]; do
   case "$1" in
     --once) once=yes ;;
@@ -33,16 +33,14 @@ shell=build/main/host/tidewell_shell
 if [[ $once == auto ]]; then
   if [[ -t 0 ]]; then once=no; else once=yes; fi
 fi
-if [[ $once == yes ]]; then
-  for url in "index.nsp" "langsel.htm" "system.nsp?Command=Query" "ostree.nsp?OSIDList=580002,5b0001"; do
-    echo "== zrmedia://Tidewell/$url"
-    "$shell" --simulate "$machine" content get "zrmedia://Tidewell/$url"
-    echo
-  done
-  exit 0
-fi
-
 user=()
 [[ $(id -u) -eq 0 ]] && user=(--user nobody)
+# A one-shot run takes any free port unless one is asked for.
+[[ -n $port ]] || { [[ $once == yes ]] && port=0 || port=8080; }
+bridge=(node host/web/main.js --shell "$shell" --simulate "$machine" --port "$port" "${user[@]}")
+if [[ $once == yes ]]; then
+  exec "${bridge[@]}" --show / --show /langsel.htm --show "/hardware.nsp?Command=Query" \
+    --show "/setbootorder.nsp?Command=Query" --show "/ostree.nsp?OSIDList=580002,5b0001" content
+fi
 echo "Open the URL below in a browser; Ctrl-C stops the bridge."
-exec node host/web/main.js --shell "$shell" --simulate "$machine" --port "$port" "${user[@]}" content
+exec "${bridge[@]}" content

@@ -1,10 +1,13 @@
 'use strict';
-// node main.js --shell PATH [--port N] [--simulate FILE] [--user NAME] CONTENT
+// node main.js --shell PATH [--port N] [--simulate FILE] [--user NAME]
+//              [--show PAGE ...] CONTENT
 // Starts the module shell on a working copy of the content folder CONTENT
 // (removed when the bridge ends) and serves it on http://127.0.0.1:N/
 // (default 8080; 0 picks a free port). --simulate runs the simulated module
 // against a machine description; --user runs the shell as that unprivileged
-// user (for use as root). Prints the URL when ready.
+// user (for use as root). Prints the URL when ready. With --show, it asks
+// itself for each PAGE (e.g. "/hardware.nsp?Command=Query"), prints the
+// answers and ends instead of serving on.
 
 const path = require('node:path');
 const { execFileSync } = require('node:child_process');
@@ -18,12 +21,13 @@ const { values, positionals } = parseArgs({
     port: { type: 'string', default: '8080' },
     simulate: { type: 'string' },
     user: { type: 'string' },
+    show: { type: 'string', multiple: true, default: [] },
   },
   allowPositionals: true,
 });
 
 if (!values.shell || positionals.length !== 1 || !/^\d+$/.test(values.port)) {
-  console.error('usage: node main.js --shell PATH [--port N] [--simulate FILE] [--user NAME] CONTENT');
+  console.error('usage: node main.js --shell PATH [--port N] [--simulate FILE] [--user NAME] [--show PAGE ...] CONTENT');
   process.exit(2);
 }
 
@@ -48,7 +52,16 @@ startBridge({
   shellPath: path.resolve(values.shell), simulated: Boolean(values.simulate), shellArguments,
   spawnOptions: { cwd: copy.folder, ...owner }, port: Number(values.port),
 })
-  .then(({ url }) => console.log(`Tidewell setup UI: ${url}`))
+  .then(async ({ url }) => {
+    console.log(`Tidewell setup UI: ${url}`);
+    if (values.show.length === 0) return;
+    for (const page of values.show) {
+      const answer = await fetch(new URL(page, url));
+      console.log(`== GET ${page}: ${answer.status} ${answer.headers.get('content-type')}`);
+      console.log(await answer.text());
+    }
+    end(0);
+  })
   .catch((error) => {
     console.error(`cannot listen on port ${values.port}: ${error.message}`);
     end(1);
