@@ -8,15 +8,20 @@ const fs = require('node:fs');
 const os = require('node:os');
 const path = require('node:path');
 
-// Resolves to { folder, remove }: the copy's path and a function deleting it.
+function chownTree(entry, owner) {
+  fs.lchownSync(entry, owner.uid, owner.gid);
+  if (!fs.lstatSync(entry).isDirectory()) return;
+  for (const name of fs.readdirSync(entry)) chownTree(path.join(entry, name), owner);
+}
+
+// Returns { folder, remove }: the copy's path and a function deleting it.
 function workingContent(content, owner = {}) {
   const parent = fs.mkdtempSync(path.join(os.tmpdir(), 'tidewell-content-'));
   const folder = path.join(parent, 'content');
   fs.cpSync(content, folder, { recursive: true });
   if (owner.uid !== undefined) {
-    for (const entry of [parent, folder, ...fs.readdirSync(folder, { recursive: true }).map((name) => path.join(folder, name))]) {
-      fs.lchownSync(entry, owner.uid, owner.gid);
-    }
+    fs.lchownSync(parent, owner.uid, owner.gid);
+    chownTree(folder, owner);
   }
   return { folder, remove: () => fs.rmSync(parent, { recursive: true, force: true }) };
 }
