@@ -2,17 +2,23 @@
 // The module shell in "serve" mode, driven one request at a time.
 // The module takes one request at a time, so requests wait in a queue and the
 // next one is written only after the previous answer has been read whole.
-// A shell that dies fails the request in flight and every queued one; the
-// next request starts a fresh shell.
+// A shell that dies fails the request in flight; the queued ones go to a
+// fresh shell. A request that gets no answer within the
+// time limit (a program run through "system.nsp" that never ends, a wait on
+// hardware that never comes) kills the shell the same way, so one stuck page
+// cannot hold every later request forever.
 
 const { spawn } = require('node:child_process');
 
 class ShellProcess {
   // shellArguments: everything after the shell's path, ending in "serve".
-  constructor(shellPath, shellArguments, options = {}) {
+  // spawnOptions go to child_process.spawn; answerTimeoutMs bounds each request.
+  constructor(shellPath, shellArguments, spawnOptions = {}, answerTimeoutMs = 120000) {
     this.shellPath = shellPath;
     this.shellArguments = shellArguments;
-    this.spawnOptions = options;
+    this.spawnOptions = spawnOptions;
+    this.answerTimeoutMs = answerTimeoutMs;
+    this.timer = null;
     this.child = null;
     this.pending = [];     // requests not yet answered; pending[0] is in flight
     this.buffer = Buffer.alloc(0);
@@ -45,9 +51,11 @@ class ShellProcess {
   died(child) {
     if (this.child !== child) return;
     this.child = null;
-    const failed = this.pending;
-    this.pending = [];
+    clearTimeout(this.timer);
+    const failed = this.pending.filter((request) => request.sent);
+    this.pending = this.pending.filter((request) => !request.sent);
     for (const request of failed) request.reject(new Error('module shell ended'));
+    this.sendNext();
   }
 
   sendNext() {
@@ -55,6 +63,8 @@ class ShellProcess {
     if (!next || next.sent) return;
     if (!this.child) this.start();
     next.sent = true;
+    const child = this.child;
+    this.timer = setTimeout(() => child.kill('SIGKILL'), this.answerTimeoutMs);
     const url = Buffer.from(next.url, 'latin1');
     this.child.stdin.write(`${next.method} ${url.length}\n`);
     this.child.stdin.write(url);
@@ -75,6 +85,7 @@ class ShellProcess {
       if (this.buffer.length < end + 1 + length) return;
       const page = this.buffer.subarray(end + 1, end + 1 + length);
       this.buffer = this.buffer.subarray(end + 1 + length);
+      clearTimeout(this.timer);
       const answered = this.pending.shift();
       if (answered) answered.resolve({ result: Number(match[1]), page: Buffer.from(page) });
       this.sendNext();

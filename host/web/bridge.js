@@ -4,7 +4,8 @@
 // request "zrmedia://Tidewell/path?query"; a POST is forwarded with method
 // "POST" and no parameters (the module reads no request body). Pages the
 // module reports as not found (result 1) answer 404; a module shell that
-// died answers 502 and is started again by the next request.
+// died, or did not answer in time, answers 502 and is started again for the
+// next request.
 //
 // The module shell runs in the folder given as spawnOptions.cwd; the setup
 // pages name files relative to it (the content folder, as main.js starts it).
@@ -27,12 +28,14 @@ function pagePath(requestUrl) {
   return decodeURIComponent(requestUrl.split('?')[0].split('#')[0]) || '/';
 }
 
-// options: { shellPath, shellArguments, spawnOptions, host, port, simulated }.
+// options: { shellPath, shellArguments, spawnOptions, host, port, simulated,
+// answerTimeoutMs } (the last bounds each module request; ShellProcess).
 // `simulated` marks every answer with "X-Tidewell-Simulated: yes": the setup
 // pages send a restart only to a simulated server.
 // Resolves to { server, shell, url } once listening.
 function startBridge(options) {
-  const shell = new ShellProcess(options.shellPath, options.shellArguments, options.spawnOptions);
+  const shell = new ShellProcess(options.shellPath, options.shellArguments, options.spawnOptions,
+    options.answerTimeoutMs);
   const server = http.createServer((request, response) => {
     const method = request.method === 'POST' ? 'POST' : 'GET';
     request.resume(); // the body is not forwarded
@@ -54,7 +57,7 @@ function startBridge(options) {
       },
       () => {
         response.writeHead(502, { 'Content-Type': 'text/plain; charset=utf-8' });
-        response.end('the module shell ended; it is started again with the next request\n');
+        response.end('the module shell ended or did not answer in time; it is started again with the next request\n');
       });
   });
   server.on('close', () => shell.stop());

@@ -84,3 +84,16 @@ test('the bridge', async (t) => {
     assert.equal(answer.text, '{"ErrorCode":0,"Platform":"Linux"}');
   });
 });
+
+test('a request the module does not answer in time fails alone; the queue goes on with a fresh shell', async (t) => {
+  const bridge = await bridgeUnderTest({ answerTimeoutMs: 1000 });
+  t.after(() => bridge.close());
+  const started = Date.now();
+  const stuck = get(bridge, '/system.nsp?Command=Run&Executable=sleep&Arguments=5');
+  const queued = get(bridge, '/system.nsp?Command=Query');
+  assert.equal((await stuck).status, 502);
+  assert.ok(Date.now() - started < 4000);
+  const answer = await queued;
+  assert.equal(answer.status, 200);
+  assert.equal(answer.text, '{"ErrorCode":0,"Platform":"Linux"}');
+});

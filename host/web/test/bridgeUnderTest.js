@@ -37,6 +37,7 @@ async function bridgeUnderTest(options = {}) {
     simulated: true,
     port: 0,
     host: options.host,
+    answerTimeoutMs: options.answerTimeoutMs,
   });
   bridge.content = copy.folder;
   bridge.close = () => new Promise((resolve) => {
