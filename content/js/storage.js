@@ -1,7 +1,8 @@
 'use strict';
 // Storage controllers and their disks: the inventory document the module
 // writes ("allstorage.nsp" Create, relative to the module's working folder,
-// which the bridge sets to the content folder), read back as /cfg/allstorage.xml.
+// which the bridge sets to its copy of the content folder), read back as
+// /cfg/allstorage.xml.
 const storage = document.getElementById('storage');
 
 function sizeText(bytes) {

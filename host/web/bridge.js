@@ -8,7 +8,8 @@
 // next request.
 //
 // The module shell runs in the folder given as spawnOptions.cwd; the setup
-// pages name files relative to it (the content folder, as main.js starts it).
+// pages name files relative to it (main.js starts it in a working copy of the
+// content folder).
 //
 // Listens on 127.0.0.1 only, unless told otherwise: the module acts on the
 // machine it runs on, so it must not be reachable from the network.
