@@ -1,0 +1,123 @@
+#!/bin/sh
+# The virtual server's init (busybox sh, as root inside the guest only). It
+# mounts the kernel's file systems, loads the drivers, then asks the product
+# module's pages and the oracles (dmidecode, lspci, ipmitool, sysfs, the ROM
+# probe) the
+# same questions and prints each answer on the console between the lines
+# "@@BEGIN <name>" and "@@END <name> <exit status>", for the host to compare.
+# The kernel command line chooses the case: "main", "cold" or "nobmc".
+export PATH=/bin:/sbin:/usr/bin:/usr/sbin
+/bin/busybox --install -s /bin
+mount -t proc proc /proc
+mount -t sysfs sysfs /sys
+mount -t devtmpfs devtmpfs /dev
+# Only emergency messages (such as the kernel's "Restarting system") reach
+# the console between the answers.
+dmesg -n 1
+
+argument() {
+  sed -n "s/.* tidewell\.$1=\([^ ]*\).*/\1/p" /proc/cmdline
+}
+case=$(argument case)
+blocks=$(argument blocks)
+tidewell=/tidewell
+content=$tidewell/content
+page() {
+  "$tidewell/tidewell_shell" --module "$tidewell/libtidewell.so" --host-dir /tmp/host \
+    "$content" get "zrmedia://Tidewell/$1" 2>>/tmp/stderr.log
+}
+section() {
+  name=$1
+  shift
+  echo "@@BEGIN $name"
+  "$@"
+  status=$?
+  echo
+  echo "@@END $name $status"
+}
+load_modules() {
+  for module in $(cat "$tidewell/$1.modules"); do
+    insmod "$tidewell/modules/$module" 2>>/tmp/stderr.log
+  done
+}
+# Waits up to `seconds` for a test to hold.
+wait_for() {
+  seconds=$1
+  shift
+  while ! "$@" && [ "$seconds" -gt 0 ]; do
+    sleep 1
+    seconds=$((seconds - 1))
+  done
+}
+block_count_reached() {
+  [ "$(ls /sys/block | grep -cv '^loop\|^ram')" -ge "$blocks" ]
+}
+# One line per block device: name, canonical sysfs path (its device chain
+# from the PCI function down), size in 512-byte sectors, removable flag.
+block_devices() {
+  for device in /sys/block/*; do
+    echo "${device##*/} $(readlink -f "$device") $(cat "$device/size") $(cat "$device/removable")"
+  done
+}
+smbios_oracle() {
+  for keyword in bios-version bios-release-date system-product-name system-serial-number \
+    chassis-asset-tag; do
+    section "dmidecode.$keyword" dmidecode -s "$keyword"
+  done
+  section dmidecode.17 dmidecode -t 17
+  section dmidecode.193 dmidecode -u -t 193
+  section dmidecode.195 dmidecode -u -t 195
+}
+# The management controller's boot flags (Get System Boot Options, parameter
+# 5) as ipmitool reads them: the data bytes, or its error line.
+boot_flags() {
+  ipmitool -I open raw 0x00 0x09 0x05 0x00 0x00 2>&1 | grep -v "IANA PEN registry"
+}
+restart() {
+  echo "@@RESTART $1"
+  page "reboot.nsp?Command=Perform&Target=$2&ColdBoot=$3"
+  echo "@@RESTART-RETURNED"
+}
+
+mkdir -p /tmp/host
+load_modules storage
+[ "$case" = nobmc ] || load_modules ipmi
+wait_for 30 block_count_reached
+[ "$case" = nobmc ] || wait_for 10 test -c /dev/ipmi0
+echo "@@READY $case"
+
+case $case in
+main)
+  section hardware page "hardware.nsp?Command=Query"
+  smbios_oracle
+  section startup.allstorage cat "$content/cfg/allstorage.xml"
+  section allstorage.answer page \
+    "allstorage.nsp?Command=Create&AllBoardsXML=$content/cfg/allboards.xml&AllStorageXML=/tmp/allstorage.xml"
+  section allstorage.document cat /tmp/allstorage.xml
+  section lspci lspci -n -vmm -D
+  section lspci.config lspci -n -x -D
+  section blocks block_devices
+  section bootorder.query page "setbootorder.nsp?Command=Query"
+  section bootflags.query boot_flags
+  section bootorder.cdrom page "setbootorder.nsp?Command=Perform&Order=cdrom"
+  section bootflags.cdrom boot_flags
+  section bootorder.query.cdrom page "setbootorder.nsp?Command=Query"
+  section bootorder.usb page "setbootorder.nsp?Command=Perform&Order=usb&Order=cdrom"
+  section bootflags.usb boot_flags
+  section bootorder.default page "setbootorder.nsp?Command=Perform&Order=Default"
+  section bootflags.default boot_flags
+  section rom "$tidewell/vm_rom_probe"
+  section stderr cat /tmp/stderr.log
+  restart warm Default No
+  ;;
+cold)
+  restart cold PXE Yes
+  ;;
+nobmc)
+  section hardware page "hardware.nsp?Command=Query"
+  section bootorder.query page "setbootorder.nsp?Command=Query"
+  section stderr cat /tmp/stderr.log
+  ;;
+esac
+echo "@@DONE $case"
+poweroff -f

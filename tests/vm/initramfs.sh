@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# tests/vm/initramfs.sh OUTPUT MODULES SHELL MODULE PROBE CONTENT: builds the
+# guest's initramfs (gzip-compressed cpio) at OUTPUT: static busybox and the
+# test's init, the module shell with the product module, the ROM probe and the
+# content folder under /tidewell, the 32-bit runtime they need, dmidecode,
+# lspci and ipmitool with their libraries, and the kernel modules of the storage drivers and
+# the IPMI driver (from the kernel's module folder MODULES) with their load
+# orders.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+output=$1 modules=$2 shell=$3 module=$4 probe=$5 content=$6
+
+root=$(mktemp -d "$(dirname "$output")/root.XXXXXX")
+trap 'rm -rf "$root"' EXIT
+
+mkdir -p "$root"/{bin,sbin,dev,proc,sys,tmp,tidewell/modules} "$root"/usr/{bin,sbin,lib,lib32,lib64}
+ln -s usr/lib "$root/lib"
+ln -s usr/lib32 "$root/lib32"
+ln -s usr/lib64 "$root/lib64"
+cp /bin/busybox "$root/bin/busybox"
+ln -s busybox "$root/bin/sh"
+cp "$here/guest_init.sh" "$root/init"
+chmod 755 "$root/init"
+
+# A program and the shared libraries the dynamic linker finds for it, each at
+# the path it has here (the guest has the same merged /usr layout).
+with_libraries() {
+  local file
+  for file in "$@"; do
+    ldd "$file" | awk '/=> \// { print $3 } /^[ \t]*\// { print $1 }' |
+      while read -r library; do
+        mkdir -p "$root$(dirname "$library")"
+        cp -L "$library" "$root$library"
+      done
+  done
+}
+cp "$shell" "$module" "$probe" "$root/tidewell/"
+with_libraries "$shell" "$module" "$probe"
+cp /usr/sbin/dmidecode "$root/usr/sbin/"
+cp /usr/bin/lspci /usr/bin/ipmitool "$root/usr/bin/"
+with_libraries /usr/sbin/dmidecode /usr/bin/lspci /usr/bin/ipmitool
+
+cp -r "$content" "$root/tidewell/content"
+# The start-up job must write this file inside the guest.
+rm -f "$root/tidewell/content/cfg/allstorage.xml"
+
+# Kernel modules, each after the modules it depends on; a dependency without
+# a file of its own is built into the kernel.
+declare -A loaded=()
+load_order() {
+  local name=$1 file dependency
+  [[ -n ${loaded[$name]:-} ]] && return 0
+  loaded[$name]=1
+  file=$(find "$modules/kernel" -name "$name.ko" -o -name "$name.ko.xz" | head -n 1)
+  [[ -z $file ]] && return 0
+  for dependency in $(modinfo -F depends "$file" | tr ',' ' '); do
+    load_order "$dependency"
+  done
+  case $file in
+    *.xz) xz -dc "$file" >"$root/tidewell/modules/$name.ko" ;;
+    *) cp "$file" "$root/tidewell/modules/$name.ko" ;;
+  esac
+  echo "$name.ko"
+}
+for driver in ata_piix ahci sym53c8xx megaraid_sas virtio_pci virtio_blk nvme sd_mod sr_mod; do
+  load_order "$driver"
+done >"$root/tidewell/storage.modules"
+for driver in ipmi_msghandler ipmi_si ipmi_devintf; do
+  load_order "$driver"
+done >"$root/tidewell/ipmi.modules"
+
+(cd "$root" && find . | cpio -o -H newc --quiet) | gzip -1 >"$output"
