@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# The virtual-server test. Boots QEMU (SeaBIOS, Debian's current kernel, a
+# busybox initramfs with the product module and the module shell) three
+# times, each within a time limit:
+#   main   all storage controllers and the simulated management controller:
+#          the pages against dmidecode, lspci, sysfs and the firmware image,
+#          then a warm restart through reboot.nsp;
+#   cold   a cold restart through reboot.nsp (the controller's chassis reset);
+#   nobmc  no management controller.
+# QEMU runs with -no-reboot, so a restart ends it. check.py compares the
+# console output and prints one CHECK line per comparison.
+#
+# Usage: run.sh --work DIR --shell FILE --module FILE --probe FILE --content DIR
+# Exit 77 (skipped) when QEMU or the kernel cannot be had, unless
+# TIDEWELL_VM_REQUIRED=1 (CI), where that is a failure. TIDEWELL_SKIP_VM=1
+# skips on purpose; TIDEWELL_VM_ACCEL=tcg forgoes KVM.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+
+while [[ $# -gt 0 ]]; do
+  case $1 in
+    --work) work=$2 ;;
+    --shell) shell=$2 ;;
+    --module) module=$2 ;;
+    --probe) probe=$2 ;;
+    --content) content=$2 ;;
+    *) echo "run.sh: unknown argument $1" >&2; exit 2 ;;
+  esac
+  shift 2
+done
+
+cannot_run() {
+  if [[ ${TIDEWELL_VM_REQUIRED:-0} == 1 ]]; then
+    echo "FAIL: the virtual-server test cannot run: $1" >&2
+    exit 1
+  fi
+  echo "SKIP: the virtual-server test cannot run: $1"
+  exit 77
+}
+[[ ${TIDEWELL_SKIP_VM:-0} == 1 ]] && cannot_run "TIDEWELL_SKIP_VM=1"
+firmware=/usr/share/seabios/bios-256k.bin
+for tool in qemu-system-x86_64 /bin/busybox cpio dmidecode lspci ipmitool modinfo python3 apt-get; do
+  command -v "$tool" >/dev/null || cannot_run "$tool is missing (scripts/deps.sh installs it)"
+done
+[[ -f $firmware ]] || cannot_run "$firmware is missing"
+
+mkdir -p "$work"
+started=$SECONDS
+kernel_files=$("$here/kernel.sh" "$work/kernel") || cannot_run "Debian's kernel package could not be fetched"
+kernel=$(sed -n 1p <<<"$kernel_files")
+modules=$(sed -n 2p <<<"$kernel_files")
+"$here/initramfs.sh" "$work/initramfs.gz" "$modules" "$shell" "$module" "$probe" "$content"
+
+# Disks of distinct sizes (sparse files), the SMBIOS records of the maker:
+# type 193 with the redundant ROM date at offset 5, type 195 with the system
+# ID at offset 4.
+disk() {
+  rm -f "$work/$1.raw"
+  truncate -s "$2" "$work/$1.raw"
+  echo "file=$work/$1.raw,format=raw"
+}
+printf '\xc1\x08\x00\xc1\x00\x01\x00\x00%s\0\0' "04/02/2023" >"$work/smbios-193.bin"
+printf '\xc3\x05\x00\xc3\x01%s\0\0' '$0E110733' >"$work/smbios-195.bin"
+
+# KVM only where the processor shows its virtualization extensions: a
+# /dev/kvm without them (some nested sandboxes) can start a guest that never
+# gets anywhere.
+accel=(-accel tcg)
+if [[ ${TIDEWELL_VM_ACCEL:-kvm} == kvm && -r /dev/kvm && -w /dev/kvm ]] &&
+  grep -qw -e vmx -e svm /proc/cpuinfo; then
+  accel=(-accel kvm -accel tcg)
+fi
+# No SMAP: QEMU 7.2's emulated far return reads the stack with supervisor
+# rights, which SMAP refuses on a user page, so the ROM probe's call into the
+# BIOS32 directory would fault where a processor returns.
+machine=(
+  "${accel[@]}" -cpu max,smap=off -machine pc,smbios-entry-point-type=32 -m 256
+  -bios "$firmware" -nodefaults -display none -serial stdio -monitor none -no-reboot
+  -kernel "$kernel" -initrd "$work/initramfs.gz"
+  -smbios "type=0,vendor=Tidewell Virtual Firmware,version=P67 v2.04,date=03/14/2024"
+  -smbios "type=1,manufacturer=Corvane,product=ProLine DL380 G7,serial=CZJ0123ABC"
+  -smbios "type=3,manufacturer=Corvane,asset=ASSET-0042"
+  -smbios "file=$work/smbios-193.bin" -smbios "file=$work/smbios-195.bin"
+)
+bmc=(-device ipmi-bmc-sim,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0)
+storage=(
+  -drive "if=ide,index=0,$(disk ide 40M)"
+  -drive "if=ide,index=2,media=cdrom"
+  -device ahci,id=ahci0 -drive "if=none,id=sata0,$(disk sata 48M)"
+  -device ide-hd,drive=sata0,bus=ahci0.0
+  -device lsi53c895a,id=lsi0 -drive "if=none,id=lsi0d0,$(disk lsi0 56M)"
+  -device scsi-hd,drive=lsi0d0,bus=lsi0.0,scsi-id=0 -drive "if=none,id=lsi0d1,$(disk lsi1 72M)"
+  -device scsi-hd,drive=lsi0d1,bus=lsi0.0,scsi-id=1
+  -device megasas,id=sas0 -drive "if=none,id=sas0d0,$(disk sas 80M)"
+  -device scsi-hd,drive=sas0d0,bus=sas0.0
+  -drive "if=none,id=vd0,$(disk virtio 88M)" -device virtio-blk-pci,drive=vd0
+  -drive "if=none,id=nv0,$(disk nvme 96M)" -device nvme,serial=TIDEWELL0001,drive=nv0
+)
+# Block devices the guest waits for: seven disks and the CD-ROM drive.
+blocks=8
+
+boot() {
+  local name=$1 limit=$2 status=0 begun=$SECONDS
+  shift 2
+  timeout -k 5 "$limit" qemu-system-x86_64 "$@" \
+    -append "console=ttyS0 quiet panic=-1 tidewell.case=$name tidewell.blocks=$blocks" \
+    </dev/null >"$work/$name.log" 2>"$work/$name.qemu.log" || status=$?
+  echo "boot $name: exit status $status, $((SECONDS - begun)) s"
+  echo "$status" >"$work/$name.status"
+}
+boot main 150 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
+boot cold 90 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
+boot nobmc 120 "${machine[@]}" "${storage[@]}"
+
+status=0
+python3 "$here/check.py" --work "$work" --firmware "$firmware" || status=$?
+echo "virtual-server test: $((SECONDS - started)) s in all (${accel[*]})"
+exit $status
