@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds and runs every test twice: optimized,
-# and with AddressSanitizer + UndefinedBehaviorSanitizer. Both must pass.
+# and with AddressSanitizer + UndefinedBehaviorSanitizer. Both must pass. The
+# optimized run includes the virtual-server test (tests/vm/), whose guest
+# needs QEMU with SeaBIOS, static busybox, dmidecode, lspci and ipmitool.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
-scripts/deps.sh
+scripts/deps.sh qemu-system-x86 seabios busybox-static cpio dmidecode pciutils ipmitool kmod \
+  python3
 # The web bridge's test dependencies, exactly as locked.
 npm ci --prefix host/web --no-audit --no-fund
 
