@@ -108,11 +108,18 @@ boot() {
   echo "boot $name: exit status $status, $((SECONDS - begun)) s"
   echo "$status" >"$work/$name.status"
 }
-boot main 150 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
-boot cold 90 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
-boot nobmc 120 "${machine[@]}" "${storage[@]}"
+boot main 120 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
+boot cold 60 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
+boot nobmc 90 "${machine[@]}" "${storage[@]}"
 
 status=0
 python3 "$here/check.py" --work "$work" --firmware "$firmware" || status=$?
+if [[ $status -ne 0 ]]; then
+  for name in main cold nobmc; do
+    echo "== $name: QEMU's messages, then the console's last lines"
+    cat "$work/$name.qemu.log"
+    tail -n 30 "$work/$name.log"
+  done
+fi
 echo "virtual-server test: $((SECONDS - started)) s in all (${accel[*]})"
 exit $status
