@@ -7,8 +7,18 @@ set -euo pipefail
 cache=$1
 mkdir -p "$cache"
 
-package=$(apt-cache depends linux-image-amd64 2>/dev/null |
-  awk '$1 == "Depends:" && $2 ~ /^linux-image-[0-9]/ { print $2; exit }')
+kernel_package() {
+  apt-cache depends linux-image-amd64 2>/dev/null |
+    awk '$1 == "Depends:" && $2 ~ /^linux-image-[0-9]/ { print $2; exit }'
+}
+package=$(kernel_package)
+if [[ -z $package ]]; then
+  # Package lists that were never fetched (or were cleaned away).
+  sudo=()
+  [[ $(id -u) -eq 0 ]] || sudo=(sudo)
+  "${sudo[@]}" apt-get update -q >&2
+  package=$(kernel_package)
+fi
 if [[ -z $package ]]; then
   echo "kernel.sh: apt-cache names no kernel package for linux-image-amd64" >&2
   exit 1
