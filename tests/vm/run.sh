@@ -16,6 +16,8 @@
 # skips on purpose; TIDEWELL_VM_ACCEL=tcg forgoes KVM.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
+# dmidecode and modinfo live in /usr/sbin, outside an ordinary user's path.
+export PATH=$PATH:/usr/sbin:/sbin
 
 while [[ $# -gt 0 ]]; do
   case $1 in
