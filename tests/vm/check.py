@@ -223,8 +223,10 @@ def controller_order(text):
     """The boot device that the management controller's boot flags name, as
     ipmitool read them: the last line of bytes holds the parameter version,
     the selector and boot-flag data bytes 1..5. An answer without data byte 2
-    (QEMU's simulated controller keeps no boot flags and answers two bytes)
-    names no device: then the pages report the default order."""
+    names no device: then the pages report the default order. QEMU 7.2's
+    simulated controller keeps no boot flags: it rejects Set System Boot
+    Options as an invalid command and answers command 09h with two bytes (its
+    restart-cause reply)."""
     rows = [line.split() for line in (text or "").splitlines()
             if re.fullmatch(r"( [0-9a-f]{2})+", line)]
     if not rows:
