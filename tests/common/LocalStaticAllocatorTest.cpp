@@ -85,18 +85,7 @@ protected:
 
 } // namespace
 
-TEST_F(LocalPool, TheBaseAddsNoData)
-{
-    EXPECT_EQ(sizeof(Common::LocalStaticAllocator<Probe, 200, 8>), 1u);
-    struct Plain
-    {
-        unsigned a, b;
-    };
-    EXPECT_EQ(sizeof(Small), sizeof(Plain));
-    EXPECT_EQ(Probe::localCapacity(), 200u);
-}
-
-TEST_F(LocalPool, FirstObjectsComeFromTheClassPoolAndSlotsAreReused)
+TEST_F(LocalPool, ObjectsUpToASlotComeFromTheClassPoolAndSlotsAreReused)
 {
     ASSERT_EQ(Probe::localInUse(), 0u);
     Probe* a = new Probe(1);
@@ -114,16 +103,11 @@ TEST_F(LocalPool, FirstObjectsComeFromTheClassPoolAndSlotsAreReused)
     EXPECT_TRUE(b->intact());
     delete b;
     delete c;
-    Probe* nothing = nullptr;
-    delete nothing;
-}
 
-TEST_F(LocalPool, AnObjectLargerThanASlotGoesToTheGlobalPool)
-{
+    // An object larger than a slot (a derived class) goes to the global pool.
     Probe* big = new BigProbe(9);
     EXPECT_FALSE(Probe::isLocal(big));
     EXPECT_TRUE(inGlobalPool(big));
-    EXPECT_TRUE(aligned(big, __STDCPP_DEFAULT_NEW_ALIGNMENT__));
     EXPECT_TRUE(big->intact());
     delete big; // virtual destructor: the sized delete gets sizeof(BigProbe)
 }
@@ -232,11 +216,26 @@ TEST_F(LocalPool, TwoThreadsAllocateAndFreeConcurrently)
             unsigned char* p;
             unsigned n;
             unsigned char fill;
+            bool intact() const { return std::count(p, p + n, fill) == long(n); }
         };
         std::vector<Raw> raws;
         std::vector<Small*> smalls;
         std::vector<Global*> globals;
         std::vector<Probe*> probes;
+        // Frees a random element of `list` after checking its content.
+        auto release = [&](auto& list, auto intact, auto free)
+        {
+            if (list.empty())
+                return;
+            size_t k = random() % list.size();
+            if (!intact(list[k]))
+                ++failures;
+            free(list[k]);
+            list.erase(list.begin() + k);
+        };
+        auto del = [](auto* p) { delete p; };
+        auto mine = [id](unsigned value, unsigned check)
+        { return check == ~value && value >> 24 == id; };
         for (unsigned step = 0; step < Steps; ++step)
         {
             unsigned value = id << 24 | step;
@@ -246,82 +245,44 @@ TEST_F(LocalPool, TwoThreadsAllocateAndFreeConcurrently)
             {
                 unsigned n = random() % 300;
                 unsigned char* p = static_cast<unsigned char*>(Pool::allocate(n));
-                if (p == nullptr)
-                    break;
                 unsigned char fill = static_cast<unsigned char>(id * 16 + random() % 16 + 1);
-                std::memset(p, fill, n);
-                raws.push_back({p, n, fill});
+                if (p != nullptr)
+                    raws.push_back({static_cast<unsigned char*>(std::memset(p, fill, n)), n, fill});
                 break;
             }
-            case 1:
-                smalls.push_back(new Small(value));
-                break;
-            case 2:
-                globals.push_back(new Global(value));
-                break;
-            case 3:
-                probes.push_back(new Probe(value));
-                break;
+            case 1: smalls.push_back(new Small(value)); break;
+            case 2: globals.push_back(new Global(value)); break;
+            case 3: probes.push_back(new Probe(value)); break;
             case 4:
-                if (!raws.empty())
-                {
-                    size_t k = random() % raws.size();
-                    for (unsigned b = 0; b < raws[k].n; ++b)
-                        if (raws[k].p[b] != raws[k].fill)
-                        {
-                            ++failures;
-                            break;
-                        }
-                    Pool::deallocate(raws[k].p);
-                    raws.erase(raws.begin() + k);
-                }
+                release(raws, [](Raw const& r) { return r.intact(); },
+                        [](Raw const& r) { Pool::deallocate(r.p); });
                 break;
             case 5:
-                if (!smalls.empty())
-                {
-                    size_t k = random() % smalls.size();
-                    if (smalls[k]->check != ~smalls[k]->value || smalls[k]->value >> 24 != id)
-                        ++failures;
-                    delete smalls[k];
-                    smalls.erase(smalls.begin() + k);
-                }
+                release(smalls, [&](Small* s) { return mine(s->value, s->check); }, del);
                 break;
             case 6:
-                if (!globals.empty())
-                {
-                    size_t k = random() % globals.size();
-                    if (globals[k]->check != ~globals[k]->value || globals[k]->d != 2.5)
-                        ++failures;
-                    delete globals[k];
-                    globals.erase(globals.begin() + k);
-                }
+                release(globals, [&](Global* g) { return mine(g->value, g->check) && g->d == 2.5; },
+                        del);
                 break;
             case 7:
-                if (!probes.empty())
-                {
-                    size_t k = random() % probes.size();
-                    if (!probes[k]->intact() || probes[k]->value >> 24 != id)
-                        ++failures;
-                    delete probes[k];
-                    probes.erase(probes.begin() + k);
-                }
+                release(probes, [&](Probe* p) { return p->intact() && mine(p->value, p->check); },
+                        del);
                 break;
             }
             if (step % 5000 == 0)
             {
-                if (!Pool::isInvariant())
-                    ++failures;
+                failures += !Pool::isInvariant();
                 ++checks;
             }
         }
-        for (auto const& r : raws)
-            Pool::deallocate(r.p);
-        for (Small* s : smalls)
-            delete s;
-        for (Global* g : globals)
-            delete g;
-        for (Probe* p : probes)
-            delete p;
+        while (!raws.empty() || !smalls.empty() || !globals.empty() || !probes.empty())
+        {
+            release(raws, [](Raw const& r) { return r.intact(); },
+                    [](Raw const& r) { Pool::deallocate(r.p); });
+            release(smalls, [](Small*) { return true; }, del);
+            release(globals, [](Global*) { return true; }, del);
+            release(probes, [](Probe*) { return true; }, del);
+        }
     };
 
     std::thread first(worker, 1);
