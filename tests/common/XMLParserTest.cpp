@@ -12,189 +12,103 @@ using namespace XMLTest;
 namespace
 {
 
-TEST(XMLScanner, WhiteSpaceIsSpaceTabCarriageReturnAndLineFeed)
+TEST(XMLScanner, WhiteSpaceIsSpaceTabCarriageReturnAndLineFeedOnly)
 {
-    EXPECT_TRUE(XMLParser::isWhiteSpace(' '));
-    EXPECT_TRUE(XMLParser::isWhiteSpace('\t'));
-    EXPECT_TRUE(XMLParser::isWhiteSpace('\r'));
-    EXPECT_TRUE(XMLParser::isWhiteSpace('\n'));
-    EXPECT_FALSE(XMLParser::isWhiteSpace('\v'));
-    EXPECT_FALSE(XMLParser::isWhiteSpace('\f'));
-    EXPECT_FALSE(XMLParser::isWhiteSpace('\0'));
-    EXPECT_FALSE(XMLParser::isWhiteSpace('a'));
-}
-
-TEST(XMLScanner, SkipWhiteSpaceStopsAtTheFirstOtherCharacterOrTheEnd)
-{
+    for (char c : {' ', '\t', '\r', '\n'})
+        EXPECT_TRUE(XMLParser::isWhiteSpace(c)) << int(c);
+    for (char c : {'\v', '\f', '\0', 'a'})
+        EXPECT_FALSE(XMLParser::isWhiteSpace(c)) << int(c);
     Common::string text(" \t\r\nx ");
     unsigned pos = 0;
     XMLParser::SkipWhiteSpace(text, pos);
     EXPECT_EQ(4u, pos);
     pos = 5;
     XMLParser::SkipWhiteSpace(text, pos);
-    EXPECT_EQ(6u, pos);
-    XMLParser::SkipWhiteSpace(text, pos);
-    EXPECT_EQ(6u, pos);
-}
-
-TEST(XMLScanner, ReadTagReadsAStartTagName)
-{
-    Common::string text("  <PCIDevice Index=\"0\">");
-    unsigned pos = 0;
-    EXPECT_EQ("PCIDevice", str(XMLParser::readTag(text, pos)));
-    EXPECT_EQ(12u, pos); // at the white space after the name
-}
-
-TEST(XMLScanner, ReadTagGivesAnEndTagWithItsSlash)
-{
-    Common::string text("</name>");
-    unsigned pos = 0;
-    EXPECT_EQ("/name", str(XMLParser::readTag(text, pos)));
+    XMLParser::SkipWhiteSpace(text, pos); // at the end: stays
     EXPECT_EQ(6u, pos);
 }
 
 TEST(XMLScanner, ReadTagNameEndsAtSlashGreaterThanWhiteSpaceOrTheEnd)
 {
-    unsigned pos = 0;
-    EXPECT_EQ("b", str(XMLParser::readTag("<b/>", pos)));
-    EXPECT_EQ(2u, pos);
-    pos = 0;
-    EXPECT_EQ("b", str(XMLParser::readTag("<b\n>", pos)));
-    pos = 0;
-    EXPECT_EQ("trunc", str(XMLParser::readTag("<trunc", pos)));
-    EXPECT_EQ(6u, pos);
+    struct
+    {
+        char const* text;
+        unsigned start;
+        char const* tag;
+        unsigned pos;
+    } const cases[] = {
+        {"  <PCIDevice Index=\"0\">", 0, "PCIDevice", 12},
+        {"</name>", 0, "/name", 6},
+        {"<b/>", 0, "b", 2},
+        {"<b\n>", 0, "b", 2},
+        {"<trunc", 0, "trunc", 6},
+        // Without a less-than sign: nothing, and no move past the text.
+        {"  hi<a>", 0, "", 2},
+        {"  hi<a>", 2, "", 2},
+        {"  hi<a>", 7, "", 7},
+    };
+    for (auto const& c : cases)
+    {
+        unsigned pos = c.start;
+        EXPECT_EQ(c.tag, str(XMLParser::readTag(c.text, pos))) << c.text;
+        EXPECT_EQ(c.pos, pos) << c.text;
+    }
 }
 
-TEST(XMLScanner, ReadTagWithoutALessThanSignReturnsEmptyAndDoesNotMovePastIt)
+TEST(XMLScanner, ReadAttributeSplitsNameAndTheValueBetweenItsDelimiters)
 {
-    Common::string text("  hi<a>");
-    unsigned pos = 0;
-    EXPECT_EQ("", str(XMLParser::readTag(text, pos)));
-    EXPECT_EQ(2u, pos);
-    EXPECT_EQ("", str(XMLParser::readTag(text, pos)));
-    EXPECT_EQ(2u, pos);
-    pos = 7;
-    EXPECT_EQ("", str(XMLParser::readTag(text, pos)));
-    EXPECT_EQ(7u, pos);
-}
+    struct
+    {
+        char const* text;
+        char const* name;
+        char const* value;
+        unsigned pos;
+    } const cases[] = {
+        {" id=\"1A2B00C13C4DABCD\" next", "id", "1A2B00C13C4DABCD", 23},
+        // White space, slash and greater-than stay inside quotes.
+        {"value='C:\\Program Files\\a/b>c'/>", "value", "C:\\Program Files\\a/b>c", 30},
+        {"Name=\"Smart Array 5i/532\">", "Name", "Smart Array 5i/532", 25},
+        {"a=\"&lt;&amp;&#65;\"", "a", "&lt;&amp;&#65;", 18}, // not unescaped
+        {"checked>", "checked", "", 7},
+        // The value lies between the character after '=' and the last one.
+        {"a=xyz>", "a", "y", 5},
+        {"a=>", "a", "", 2},
+        {"=\"v\">", "", "v", 4},
+        // A single quote inside a double-quoted value opens the single-quote
+        // state, which stays open after the closing double quote: the piece
+        // runs on to the end. Such values do not round-trip.
+        {"n=\"it's\" m='x'>", "n", "it's\" m='x'", 15},
+        {"n=\"say 'hi'\" m", "n", "say 'hi'", 13}, // balanced: harmless
+    };
+    for (auto const& c : cases)
+    {
+        Common::string name, value;
+        unsigned pos = 0;
+        ASSERT_TRUE(XMLParser::readAttribute(c.text, pos, name, value)) << c.text;
+        EXPECT_EQ(c.name, str(name)) << c.text;
+        EXPECT_EQ(c.value, str(value)) << c.text;
+        EXPECT_EQ(c.pos, pos) << c.text;
+    }
 
-TEST(XMLScanner, ReadAttributeSplitsNameAndQuotedValue)
-{
-    Common::string name;
-    Common::string value;
-    unsigned pos = 0;
-    Common::string text(" id=\"1A2B00C13C4DABCD\" next");
-    ASSERT_TRUE(XMLParser::readAttribute(text, pos, name, value));
-    EXPECT_EQ("id", str(name));
-    EXPECT_EQ("1A2B00C13C4DABCD", str(value));
-    EXPECT_EQ(23u, pos); // white space after the piece is skipped
-}
-
-TEST(XMLScanner, ReadAttributeKeepsWhiteSpaceSlashAndGreaterThanInsideQuotes)
-{
-    Common::string name;
-    Common::string value;
-    unsigned pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("value='C:\\Program Files\\a/b>c'/>", pos, name, value));
-    EXPECT_EQ("value", str(name));
-    EXPECT_EQ("C:\\Program Files\\a/b>c", str(value));
-    pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("Name=\"Smart Array 5i/532\">", pos, name, value));
-    EXPECT_EQ("Smart Array 5i/532", str(value));
-}
-
-TEST(XMLScanner, ReadAttributeValueIsNotUnescaped)
-{
-    Common::string name;
-    Common::string value;
-    unsigned pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("a=\"&lt;&amp;&#65;\"", pos, name, value));
-    EXPECT_EQ("&lt;&amp;&#65;", str(value));
-}
-
-TEST(XMLScanner, ReadAttributeWithoutEqualsSignIsAllName)
-{
-    Common::string name;
-    Common::string value;
-    unsigned pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("checked>", pos, name, value));
-    EXPECT_EQ("checked", str(name));
-    EXPECT_EQ("", str(value));
-}
-
-TEST(XMLScanner, ReadAttributeValueLiesBetweenTheCharacterAfterEqualsAndTheLast)
-{
-    Common::string name;
-    Common::string value;
-    unsigned pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("a=xyz>", pos, name, value)); // unquoted
-    EXPECT_EQ("a", str(name));
-    EXPECT_EQ("y", str(value));
-    pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("a=>", pos, name, value));
-    EXPECT_EQ("", str(value));
-    pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("a=\"\">", pos, name, value));
-    EXPECT_EQ("", str(value));
-    pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("=\"v\">", pos, name, value));
-    EXPECT_EQ("", str(name));
-    EXPECT_EQ("v", str(value));
-}
-
-TEST(XMLScanner, ReadAttributeAtTheEndReadsNothing)
-{
-    Common::string name("unchanged");
-    Common::string value;
+    Common::string name("unchanged"), value;
     unsigned pos = 0;
     EXPECT_FALSE(XMLParser::readAttribute("   ", pos, name, value));
     EXPECT_EQ(3u, pos);
     EXPECT_EQ("unchanged", str(name));
 }
 
-TEST(XMLScanner, QuoteStatesToggleIndependently)
+TEST(XMLScanner, ExtractAttributesStepsOverTheClosingCharacterAndTheLastDuplicateWins)
 {
-    // As specified, a single quote inside a double-quoted value opens the
-    // single-quote state, which stays open after the closing double quote:
-    // here the quotes of m='x' close and reopen it, and the piece runs on to
-    // the end of the text. Documents with such values do not round-trip.
-    Common::string name;
-    Common::string value;
+    Common::XML::Element::Attributes attributes;
     unsigned pos = 0;
-    Common::string text("n=\"it's\" m='x'>");
-    ASSERT_TRUE(XMLParser::readAttribute(text, pos, name, value));
-    EXPECT_EQ("n", str(name));
-    EXPECT_EQ("it's\" m='x'", str(value));
+    XMLParser::extractAttributes(" b=\"2\"  a='1'\n>rest", pos, attributes);
     EXPECT_EQ(15u, pos);
-    // Quotes of one kind inside the other kind, balanced, are harmless.
+    ASSERT_EQ(2u, attributes.size());
+    EXPECT_EQ("a", str(attributes.begin()->first));
+    EXPECT_EQ("1", str(attributes.begin()->second));
+
+    attributes.clear();
     pos = 0;
-    ASSERT_TRUE(XMLParser::readAttribute("n=\"say 'hi'\" m", pos, name, value));
-    EXPECT_EQ("say 'hi'", str(value));
-    EXPECT_EQ(13u, pos);
-}
-
-TEST(XMLScanner, ExtractAttributesReadsUpToTheClosingCharacterAndStepsOverIt)
-{
-    Common::XML::Element::Attributes attributes;
-    Common::string text(" b=\"2\"  a='1'\n>rest");
-    unsigned pos = 0;
-    XMLParser::extractAttributes(text, pos, attributes);
-    EXPECT_EQ(15u, pos);
-    auto it = attributes.begin();
-    ASSERT_TRUE(it != attributes.end());
-    EXPECT_EQ("a", str(it->first));
-    EXPECT_EQ("1", str(it->second));
-    ++it;
-    ASSERT_TRUE(it != attributes.end());
-    EXPECT_EQ("b", str(it->first));
-    ++it;
-    EXPECT_TRUE(it == attributes.end());
-}
-
-TEST(XMLScanner, ExtractAttributesLaterDuplicateReplacesEarlier)
-{
-    Common::XML::Element::Attributes attributes;
-    unsigned pos = 0;
     XMLParser::extractAttributes("x=\"1\" x=\"2\"/>", pos, attributes);
     EXPECT_EQ(12u, pos); // stepped over "/", now at ">"
     ASSERT_EQ(1u, attributes.size());
@@ -214,161 +128,78 @@ TEST(XMLScanner, ReadTextRunsToTheNextLessThanSignOrTheEnd)
     EXPECT_EQ(30u, pos);
 }
 
-TEST(XMLParse, ElementWithTextParsesToTagAndText)
+TEST(XMLParse, DocumentsGiveTheTreeTheyDescribe)
 {
-    ElementPtr root = parse("<a>hi</a>");
-    EXPECT_EQ("a", str(root->tag()));
-    EXPECT_EQ("hi", str(root->text()));
-    EXPECT_EQ("<a>hi</a>", write(root));
+    struct
+    {
+        char const* text;
+        char const* written;
+    } const cases[] = {
+        {"<a>hi</a>", "<a>hi</a>"},
+        {"<AllBoards version=\"2\"><PCI/><Other x='1'/></AllBoards>",
+         "<AllBoards version=\"2\"><PCI/><Other x=\"1\"/></AllBoards>"},
+        // Entity references stay as written.
+        {"<a v=\"&quot;x&quot; &lt;\"></a>", "<a v=\"&quot;x&quot; &lt;\"/>"},
+        {"<r><a/><b /><c x=\"1\"/><d x=\"1\" /></r>", "<r><a/><b/><c x=\"1\"/><d x=\"1\"/></r>"},
+        // Attributes in any order are kept in name order; the last duplicate wins.
+        {"<P VendorID=\"0E11\" Bus=\"02\" Name=\"Smart Array\" Index=\"0\"></P>",
+         "<P Bus=\"02\" Index=\"0\" Name=\"Smart Array\" VendorID=\"0E11\"/>"},
+        {"<a k=\"1\" k=\"2\"></a>", "<a k=\"2\"/>"},
+        {"\n\t <a \n x=\"1\"\t>\n <b\n/> \n</a >\n", "<a x=\"1\"><b> \n</b></a>"},
+        // Tags are case-sensitive; end-tag names are not compared.
+        {"<Root><PCI/><pci/></Root>", "<Root><PCI/><pci/></Root>"},
+        {"<a><b></x></y>", "<a><b/></a>"},
+        // A second top-level empty element becomes a child of the first; a
+        // second one with an end tag stays current and is what the root gets.
+        {"<a><x/></a><b/>", "<a><x/><b/></a>"},
+        {"<a><x/></a><b><y/></b>", "<b><y/></b>"},
+        {"<a></a>", "<a/>"},
+    };
+    for (auto const& c : cases)
+        EXPECT_EQ(c.written, write(parse(c.text))) << c.text;
 }
 
-TEST(XMLParse, TheRootReceivesTheDocumentElementsAttributesAndChildren)
-{
-    ElementPtr root = parse("<AllBoards version=\"2\"><PCI/><Other x='1'/></AllBoards>");
-    EXPECT_EQ("AllBoards", str(root->tag()));
-    EXPECT_EQ("version=2", attributes(root));
-    EXPECT_EQ("PCI,Other", childTags(root));
-    EXPECT_EQ("x=1", attributes(child(root, 1)));
-}
-
-TEST(XMLParse, TextIsKeptExactlyWithWhiteSpaceAndEntities)
+TEST(XMLParse, TextIsWhatFollowsAStartTagKeptExactly)
 {
     ElementPtr root = parse("<a> Smart Array &amp; 5i&#47;532\n\t</a>");
     EXPECT_EQ(" Smart Array &amp; 5i&#47;532\n\t", str(root->text()));
-}
-
-TEST(XMLParse, EntityReferencesInAttributesStayAsWritten)
-{
-    ElementPtr root = parse("<a v=\"&quot;x&quot; &lt;\"></a>");
-    EXPECT_EQ("&quot;x&quot; &lt;", str(root->attribute("v")));
-    EXPECT_EQ("<a v=\"&quot;x&quot; &lt;\"/>", write(root));
-}
-
-TEST(XMLParse, TextIsOnlyWhatFollowsTheStartTag)
-{
-    ElementPtr root = parse("<a>\n  <b>x</b>\n</a>");
+    root = parse("<a>\n  <b>x</b>\n</a>");
     EXPECT_EQ("\n  ", str(root->text()));
     EXPECT_EQ("x", str(child(root, 0)->text()));
-}
-
-TEST(XMLParse, AnEmptyElementTagTakesTheTextThatFollowsIt)
-{
-    // Step 4 reads text after every start tag, empty-element tags included.
-    ElementPtr root = parse("<cfg><UrlBase value=\"u\"/>\n  <WorkingDir value=\"w\"/></cfg>");
+    // Empty-element tags too take the text that follows them.
+    root = parse("<cfg><UrlBase value=\"u\"/>\n  <WorkingDir value=\"w\"/></cfg>");
     EXPECT_EQ("UrlBase,WorkingDir", childTags(root));
     EXPECT_EQ("\n  ", str(child(root, 0)->text()));
     EXPECT_EQ("", str(child(root, 1)->text()));
 }
 
-TEST(XMLParse, EmptyElementTagsWithAndWithoutSpaceAndAttributes)
-{
-    ElementPtr root = parse("<r><a/><b /><c x=\"1\"/><d x=\"1\" /></r>");
-    EXPECT_EQ("a,b,c,d", childTags(root));
-    for (unsigned i = 0; i < 4; ++i)
-        EXPECT_TRUE(child(root, i)->elementBegin() == child(root, i)->elementEnd());
-}
-
-TEST(XMLParse, AttributesAreReadInAnyOrderAndKeptInNameOrder)
-{
-    ElementPtr root = parse("<PCIDevice VendorID=\"0E11\" Bus=\"02\" Name=\"Smart Array\" "
-                            "BootOrder=\"0\" Index=\"0\"></PCIDevice>");
-    EXPECT_EQ("BootOrder=0,Bus=02,Index=0,Name=Smart Array,VendorID=0E11", attributes(root));
-    EXPECT_EQ("<PCIDevice BootOrder=\"0\" Bus=\"02\" Index=\"0\" Name=\"Smart Array\" "
-              "VendorID=\"0E11\"/>",
-              write(root));
-}
-
-TEST(XMLParse, DuplicateAttributesKeepTheLastValue)
-{
-    ElementPtr root = parse("<a k=\"1\" k=\"2\"></a>");
-    EXPECT_EQ("k=2", attributes(root));
-}
-
-TEST(XMLParse, WhiteSpaceAroundTagsAndInsideThemIsSkipped)
-{
-    ElementPtr root = parse("\n\t <a \n x=\"1\"\t>\n <b\n/> \n</a >\n");
-    EXPECT_EQ("a", str(root->tag()));
-    EXPECT_EQ("x=1", attributes(root));
-    EXPECT_EQ("b", childTags(root));
-}
-
-TEST(XMLParse, TagsAreCaseSensitiveAndKeptAsRead)
-{
-    ElementPtr root = parse("<Root><PCI/><pci/></Root>");
-    EXPECT_EQ("PCI,pci", childTags(root));
-    EXPECT_EQ(child(root, 1).get(), root->getElement("pci").get());
-}
-
-TEST(XMLParse, EndTagNamesAreNotCompared)
-{
-    ElementPtr root = parse("<a><b></x></y>");
-    EXPECT_EQ("a", str(root->tag()));
-    EXPECT_EQ("b", childTags(root));
-}
-
 TEST(XMLParse, ADocumentThatIsOneEmptyElementTagLeavesTheRootEmpty)
 {
-    // Step 4: an empty-element tag never becomes the current element, and
-    // with no current element it is attached nowhere. So the inventory of a
-    // machine without storage controllers, written as
-    // <AllStorage PCIDeviceCount="0"/>, reads back as an empty root.
+    // An empty-element tag never becomes the current element, and with no
+    // current element it is attached nowhere. So the inventory of a machine
+    // without storage controllers, written as <AllStorage PCIDeviceCount="0"/>,
+    // reads back as an empty root.
     EXPECT_TRUE(isEmptyRoot(parse("<AllStorage PCIDeviceCount=\"0\"/>")));
     EXPECT_TRUE(isEmptyRoot(parse("<a/><b/>")));
-    EXPECT_EQ("a", str(parse("<a></a>")->tag()));
 }
 
-TEST(XMLParse, ASecondTopLevelEmptyElementBecomesAChildOfTheFirst)
-{
-    ElementPtr root = parse("<a><x/></a><b/>");
-    EXPECT_EQ("a", str(root->tag()));
-    EXPECT_EQ("x,b", childTags(root));
-}
-
-TEST(XMLParse, ASecondTopLevelElementWithEndTagIsTheOneTheRootReceives)
-{
-    // Steps 3-5 as specified: the second element is appended to the first,
-    // and its own end tag leaves it current, so the root is copied from it.
-    ElementPtr root = parse("<a><x/></a><b><y/></b>");
-    EXPECT_EQ("b", str(root->tag()));
-    EXPECT_EQ("y", childTags(root));
-}
-
-TEST(XMLParse, ParsingEmptiesTheRootFirst)
+TEST(XMLParse, ParsingEmptiesTheRootFirstAndLeavesTakenChildrenAndTheTextIntact)
 {
     ElementPtr root = element("old");
     root->Text("old text");
     root->Attribute("stale", "1");
     root->AddElement(element("gone"));
-    Common::XML::Parser().XML("<new a=\"1\"></new>", root);
-    EXPECT_EQ("new", str(root->tag()));
-    EXPECT_EQ("", str(root->text()));
-    EXPECT_EQ("a=1", attributes(root));
-    EXPECT_EQ("", childTags(root));
+    Common::XML::Parser().XML("<new a=\"1\"><b><c/></b></new>", root);
+    EXPECT_EQ("<new a=\"1\"><b><c/></b></new>", write(root));
 
-    Common::XML::Parser().XML("no tags here", root);
-    EXPECT_TRUE(isEmptyRoot(root));
-}
-
-TEST(XMLParse, ChildrenTakenFromTheRootStayValidAfterReparsing)
-{
-    ElementPtr root = parse("<a><b><c/></b></a>");
     ElementPtr b = child(root, 0);
-    Common::XML::Parser().XML("<z/>", root);
+    Common::string text("no tags here <?xml?><!-- c --><![CDATA[x]]>");
+    Common::XML::Parser().XML(text, root);
+    EXPECT_TRUE(isEmptyRoot(root));
     EXPECT_EQ("<b><c/></b>", write(b));
-}
+    EXPECT_EQ("no tags here <?xml?><!-- c --><![CDATA[x]]>", str(text));
 
-TEST(XMLParse, ANullRootIsLeftAlone)
-{
-    Common::XML::Parser().XML("<a/>", ElementPtr());
-    SUCCEED();
-}
-
-TEST(XMLParse, TheTextPassedInIsNotChanged)
-{
-    Common::string text("<?xml version=\"1.0\"?><!-- c --><a><![CDATA[x]]></a>");
-    Common::string copy = text;
-    parse(text);
-    EXPECT_EQ(str(copy), str(text));
+    Common::XML::Parser().XML("<a/>", ElementPtr()); // a null root is left alone
 }
 
 } // namespace

@@ -9,139 +9,78 @@ using namespace XMLTest;
 namespace
 {
 
-TEST(XMLDeclaration, ADeclarationAndCommentsParseAsIfAbsent)
+struct Case
 {
-    const char* plain = "<AllBoards><PCI><dev id=\"1\"><name>n</name></dev></PCI></AllBoards>";
-    const char* decorated = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                            "<!-- names database -->\n"
-                            "<AllBoards><!-- a --><PCI><dev id=\"1\"><!--b--><name>n</name>"
-                            "</dev></PCI><!-- c --></AllBoards>\n<!-- trailing -->";
-    EXPECT_EQ(write(parse(plain)), write(parse(decorated)));
-    EXPECT_EQ(plain, write(parse(decorated)));
+    char const* text;
+    char const* written;
+};
+
+void expectWritten(std::initializer_list<Case> cases)
+{
+    for (auto const& c : cases)
+        EXPECT_EQ(c.written, write(parse(c.text))) << c.text;
 }
 
 TEST(XMLDeclaration, EverythingUpToTheFirstQuestionMarkGreaterThanIsDropped)
 {
-    // Whatever ends with the first "?>" goes: a declaration or another
-    // processing instruction, and anything before it.
-    ElementPtr root = parse("<?xml-stylesheet href=\"s.xsl\"?>\n<a></a>");
-    EXPECT_EQ("a", str(root->tag()));
-    root = parse("junk <b/> and more ?><a></a>");
-    EXPECT_EQ("a", str(root->tag()));
-    EXPECT_EQ("", childTags(root));
-    // Only up to the first "?>": a second one (a declaration after a
-    // processing instruction, say) then reads as an element named "?xml"
-    // (with a mangled attribute) that holds the rest.
-    root = parse("<?xml version=\"1.0\"?><?xml version=\"1.0\"?><a/>");
-    EXPECT_EQ("?xml", str(root->tag()));
-    EXPECT_EQ("a", childTags(root));
+    expectWritten({
+        {"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- names -->\n<a><!-- a --><b/></a>\n"
+         "<!-- trailing -->",
+         "<a><b/></a>"},
+        {"<?xml-stylesheet href=\"s.xsl\"?>\n<a></a>", "<a/>"},
+        {"junk <b/> and more ?><a></a>", "<a/>"},
+        {"<a>is it?><b></b></a>", "<b/>"}, // no declaration: the first "?>" still cuts
+        {"<?xml version=\"1.0\"?>\n\n", "</>"},
+        // Only up to the first "?>": a second declaration reads as an element
+        // named "?xml" that holds the rest.
+        {"<?xml version=\"1.0\"?><?xml version=\"1.0\"?><a/>", "<?xml version=\"1.0\"\"><a/></?xml>"},
+        // The declaration goes first, so a comment before it goes with it, and
+        // a "?>" inside a comment cuts the comment's start away.
+        {"<!-- a --><?xml version=\"1.0\"?><!-- b --><r></r>", "<r/>"},
+        {"<!-- x?> --><r></r>", "</>"},
+    });
 }
 
-TEST(XMLDeclaration, QuestionMarkGreaterThanInsideTheDocumentAlsoCuts)
+TEST(XMLComments, CommentsAreRemovedAnywhereAndAnUnterminatedOneCutsTheRest)
 {
-    // No declaration: the first "?>" anywhere still cuts the text before it.
-    ElementPtr root = parse("<a>is it?><b></b></a>");
-    EXPECT_EQ("b", str(root->tag()));
+    expectWritten({
+        {"<name>Smart <!-- not this -->Array</name>", "<name>Smart Array</name>"},
+        {"<a><!--\n<b x=\"1\"/>\n<c>\n--><d/></a>", "<a><d/></a>"},
+        {"<a>x<!--1--><!--2-->y</a>", "<a>xy</a>"},
+        {"<a>x-<!-- - -- --->y</a>", "<a>x-y</a>"},
+        // The end is searched from the start: "-->" overlaps the "<!--".
+        {"<a>x<!-->y</a>", "<a>xy</a>"},
+        {"<a>x<!--->y</a>", "<a>xy</a>"},
+        // A comment formed by removing another is removed too.
+        {"<a>x<!-<!-- inner -->- outer -->y</a>", "<a>xy</a>"},
+        {"<a>x<<!---->!-- outer -->y</a>", "<a>xy</a>"},
+        {"<a><b/><!-- never closed <c/></a>", "<a><b/></a>"},
+        {"<!-- everything <a/>", "</>"},
+        {"<a>x<!--", "<a>x</a>"},
+        {"<a>x<!-- ok -->y<!-- open </a>", "<a>xy</a>"},
+    });
 }
 
-TEST(XMLDeclaration, OnlyADeclarationLeavesTheRootEmpty)
+TEST(XMLCData, EveryMarkerGoesAfterTheCommentsOpeningMarkersFirst)
 {
-    EXPECT_TRUE(isEmptyRoot(parse("<?xml version=\"1.0\"?>")));
-    EXPECT_TRUE(isEmptyRoot(parse("<?xml version=\"1.0\"?>\n\n")));
-}
-
-TEST(XMLComments, CommentsAreRemovedInsideCharacterData)
-{
-    ElementPtr root = parse("<name>Smart <!-- not this -->Array</name>");
-    EXPECT_EQ("Smart Array", str(root->text()));
-}
-
-TEST(XMLComments, CommentsMayHoldMarkupAndSpanLines)
-{
-    ElementPtr root = parse("<a><!--\n<b x=\"1\"/>\n<c>\n--><d/></a>");
-    EXPECT_EQ("d", childTags(root));
-}
-
-TEST(XMLComments, AdjacentCommentsAndDashes)
-{
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<!--1--><!--2-->y</a>")));
-    EXPECT_EQ("<a>x-y</a>", write(parse("<a>x-<!-- - -- --->y</a>")));
-}
-
-TEST(XMLComments, TheEndIsSearchedFromTheStartOfTheComment)
-{
-    // "<!-->" and "<!--->" are whole comments: "-->" overlaps the "<!--".
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<!-->y</a>")));
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<!--->y</a>")));
-}
-
-TEST(XMLComments, ACommentFormedByRemovingAnotherIsRemovedToo)
-{
-    // Removing the inner comment joins "<!-" and "- x -->" into a new one.
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<!-<!-- inner -->- outer -->y</a>")));
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<<!---->!-- outer -->y</a>")));
-}
-
-TEST(XMLComments, AnUnterminatedCommentRemovesTheRestOfTheText)
-{
-    ElementPtr root = parse("<a><b/><!-- never closed <c/></a>");
-    EXPECT_EQ("a", str(root->tag()));
-    EXPECT_EQ("b", childTags(root));
-    EXPECT_TRUE(isEmptyRoot(parse("<!-- everything <a/>")));
-    EXPECT_EQ("<a>x</a>", write(parse("<a>x<!--")));
-    // After a complete comment, a later unterminated one still cuts.
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<!-- ok -->y<!-- open </a>")));
-}
-
-TEST(XMLComments, CommentsRemovedAfterTheDeclaration)
-{
-    // The declaration goes first, so a comment before it goes with it.
-    ElementPtr root = parse("<!-- a --><?xml version=\"1.0\"?><!-- b --><r></r>");
-    EXPECT_EQ("r", str(root->tag()));
-    // A "?>" inside a comment cuts the comment's start away first.
-    root = parse("<!-- x?> --><r></r>");
-    EXPECT_TRUE(isEmptyRoot(root)); // " --><r></r>": no tag where one is expected
-}
-
-TEST(XMLCData, CDataMarkersAreRemovedLeavingTheContentAsText)
-{
-    ElementPtr root = parse("<name><![CDATA[Ethernet Pro 100]]></name>");
-    EXPECT_EQ("Ethernet Pro 100", str(root->text()));
-}
-
-TEST(XMLCData, MarkupInsideCDataIsParsedAsMarkup)
-{
-    // Only the markers go: a "<" inside the section ends the text as usual.
-    ElementPtr root = parse("<a><![CDATA[<b/>]]></a>");
-    EXPECT_EQ("b", childTags(root));
-}
-
-TEST(XMLCData, EveryMarkerGoesAlsoUnbalancedOnes)
-{
-    EXPECT_EQ("<a>xyz</a>", write(parse("<a>x<![CDATA[y]]>z]]></a>")));
-    EXPECT_EQ("<a>xyz</a>", write(parse("<a><![CDATA[x<![CDATA[yz</a>")));
-    // A marker formed by removing another is removed too.
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x]]]]>>y</a>")));
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<![CDA<![CDATA[TA[y</a>")));
-}
-
-TEST(XMLCData, OpeningMarkersGoBeforeClosingOnes)
-{
-    // Removing the "]]>" here forms a new "<![CDATA[", which stays: every
-    // opening marker was removed before the closing ones. (Seen through an
-    // attribute value, where the "<" does not start a tag.)
-    EXPECT_EQ("x<![CDATA[y", str(parse("<a v=\"x<![CDA]]>TA[y\"></a>")->attribute("v")));
-    // Removing the opening marker first forms a closing one, which goes.
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x]]<![CDATA[>y</a>")));
-}
-
-TEST(XMLCData, CommentsGoBeforeCDataMarkers)
-{
-    // A comment is removed also when it holds a CDATA marker...
-    EXPECT_EQ("<a>xy</a>", write(parse("<a>x<![CDATA[<!-- ]]>-->y</a>")));
-    // ...and one formed by removing a CDATA marker stays, as comments are
-    // gone by then.
-    EXPECT_EQ("x<!-- c -->y", str(parse("<a v=\"x<!-<![CDATA[- c -->y\"></a>")->attribute("v")));
+    expectWritten({
+        {"<name><![CDATA[Ethernet Pro 100]]></name>", "<name>Ethernet Pro 100</name>"},
+        // Only the markers go: markup inside is parsed as markup.
+        {"<a><![CDATA[<b/>]]></a>", "<a><b/></a>"},
+        {"<a>x<![CDATA[y]]>z]]></a>", "<a>xyz</a>"},
+        {"<a><![CDATA[x<![CDATA[yz</a>", "<a>xyz</a>"},
+        // A marker formed by removing another is removed too...
+        {"<a>x]]]]>>y</a>", "<a>xy</a>"},
+        {"<a>x<![CDA<![CDATA[TA[y</a>", "<a>xy</a>"},
+        {"<a>x]]<![CDATA[>y</a>", "<a>xy</a>"},
+        // ... but an opening one formed by removing a closing one stays (seen
+        // through an attribute value, where "<" does not start a tag).
+        {"<a v=\"x<![CDA]]>TA[y\"></a>", "<a v=\"x<![CDATA[y\"/>"},
+        // Comments go first: also one holding a marker; one formed by
+        // removing a marker stays.
+        {"<a>x<![CDATA[<!-- ]]>-->y</a>", "<a>xy</a>"},
+        {"<a v=\"x<!-<![CDATA[- c -->y\"></a>", "<a v=\"x<!-- c -->y\"/>"},
+    });
 }
 
 } // namespace

@@ -54,22 +54,6 @@ TEST(XMLScale, ADocumentOf50000ElementsParsesAndWritesBackExactly)
     EXPECT_EQ(doc, write(root));
 }
 
-TEST(XMLScale, FiftyThousandChildrenBuiltInCodeAreWrittenAndReadBack)
-{
-    ElementPtr root = element("AllStorage");
-    for (unsigned i = 0; i < 50000; ++i)
-    {
-        ElementPtr device = element("PCIDevice");
-        device->Attribute("Index", std::to_string(i).c_str());
-        root->AddElement(device);
-    }
-    std::string text = write(root);
-    EXPECT_EQ(0u, text.find("<AllStorage><PCIDevice Index=\"0\"/><PCIDevice Index=\"1\"/>"));
-    ElementPtr again = parse(text.c_str());
-    EXPECT_EQ(50000u, childCount(again));
-    EXPECT_EQ(text, write(again));
-}
-
 TEST(XMLScale, ALargeTextAndALargeCommentAreHandledInOnePass)
 {
     std::string big(4u << 20, 'x');
@@ -117,42 +101,17 @@ void expectDeepDocumentHandled(unsigned depth)
     root = ElementPtr(); // releases the whole chain
 }
 
-TEST(XMLScale, NestingDepthOf10000IsParsedWrittenAndReleased)
-{
-    expectDeepDocumentHandled(10000);
-}
-
-TEST(XMLScale, NestingDepthOf10000BuiltInCodeIsWrittenAndReleased)
-{
-    ElementPtr root = element("d");
-    ElementPtr at = root;
-    for (unsigned i = 1; i < 10000; ++i)
-    {
-        ElementPtr next = element("d");
-        at->AddElement(next);
-        at = next;
-    }
-    at->Text("core");
-    at = ElementPtr();
-    EXPECT_EQ(nested(10000), write(root));
-}
-
-TEST(XMLScale, DeeplyNestedUnclosedElementsAreReleasedAfterTheParse)
+TEST(XMLScale, DeepUnclosedChainsAndDeepTreesPartlyHeldAreReleased)
 {
     // The root receives the innermost element; the chain above it is
     // released inside Parse.
     std::string doc;
     for (unsigned i = 0; i < 10000; ++i)
         doc += "<d>";
-    doc += "<last/>";
-    ElementPtr root = parse(doc.c_str());
-    EXPECT_EQ("d", str(root->tag()));
-    EXPECT_EQ("last", childTags(root));
-}
+    ElementPtr root = parse((doc + "<last/>").c_str());
+    EXPECT_EQ("<d><last/></d>", write(root));
 
-TEST(XMLScale, DeepTreeReleasedWhileACallerHoldsAPartOfIt)
-{
-    ElementPtr root = parse(nested(20000).c_str());
+    root = parse(nested(20000).c_str());
     ElementPtr middle = root;
     for (unsigned i = 0; i < 10000; ++i)
         middle = *middle->elementBegin();
