@@ -115,20 +115,6 @@ TEST(List, InsertEraseAndCopyOwnTheirValues)
     EXPECT_EQ(0, Tracked::alive);
 }
 
-TEST(List, IteratorsWalkBothWaysAndConvertToConst)
-{
-    Common::list<int> items;
-    items.push_back(1);
-    items.push_back(2);
-    Common::list<int>::iterator it = items.begin();
-    Common::list<int>::const_iterator cit = it;
-    EXPECT_EQ(1, *cit);
-    EXPECT_EQ(1, *it++);
-    EXPECT_EQ(2, *it);
-    ++it;
-    EXPECT_TRUE(it == items.end());
-}
-
 TEST(Map, IStringKeysGoToTheFrontAndKeepTheirFirstSpelling)
 {
     Common::map<istring, istring> settings;
@@ -240,12 +226,4 @@ TEST(SharedPtr, DeletesTheObjectWithItsLastOwner)
         EXPECT_EQ(2, first.use_count());
     }
     EXPECT_EQ(0, Tracked::alive);
-}
-
-TEST(Swap, ExchangesValues)
-{
-    string a("a"), b("b");
-    Common::swap(a, b);
-    EXPECT_EQ(string("b"), a);
-    EXPECT_EQ(string("a"), b);
 }

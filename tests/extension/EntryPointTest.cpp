@@ -32,79 +32,53 @@ TEST(EntryPoint, ReadsTheConfigurationBesideTheHost)
     EXPECT_EQ(std::string(g_contentFolder.c_str()), TestSupport::contentFolder());
 }
 
-TEST(EntryPoint, ServesFiles)
+TEST(EntryPoint, ServesFilesFromTheNormalisedURL)
 {
-    putContent("served.htm", "<p>served</p>");
+    putContent("served.htm", "N");
     putContent("bin.dat", std::string("a\0b\0c", 5));
-    Answer a = get("served.htm");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "<p>served</p>");
-    a = get("zrmedia://Tidewell/bin.dat");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, std::string("a\0b\0c", 5));
     putContent("empty.htm", "");
-    a = get("empty.htm");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "");
-}
-
-TEST(EntryPoint, MissingFileIsResultOne)
-{
-    Answer a = get("no-such-file.htm");
-    EXPECT_EQ(a.result, 1);
-    EXPECT_EQ(a.page, "");
-    // A folder is not served.
-    TestSupport::makeDirectories(TestSupport::contentFolder() + "a-folder");
-    a = get("a-folder");
-    EXPECT_EQ(a.result, 1);
-    EXPECT_EQ(a.page, "");
-}
-
-TEST(EntryPoint, NormalisationReachesTheFile)
-{
-    putContent("norm.htm", "N");
-    for (const char* url :
-         {"norm.htm", "/norm.htm", "zrmedia://norm.htm", "ZRMEDIA://TIDEWELL/norm.htm",
-          "zrmedia://tidewell/norm.htm?x=1#top", "norm.htm#frag", "norm.htm?a=1?a=1", "%6Eorm.htm",
-          "zrmedia%3A%2F%2FTidewell%2Fnorm.htm", "Tidewellnorm.htm"})
-    {
-        Answer a = get(url);
-        EXPECT_EQ(a.result, 0) << url;
-        EXPECT_EQ(a.page, "N") << url;
-    }
-}
-
-TEST(EntryPoint, EscapedQuestionMarkStaysInTheName)
-{
     putContent("q?x.htm", "Q");
     putContent("q", "only q");
-    Answer a = get("q%3Fx.htm");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "Q");
-    a = get("q?x.htm");
-    EXPECT_EQ(a.page, "only q"); // a real "?" starts the query
     putContent("a b.htm", "AB");
-    EXPECT_EQ(get("a+b.htm").page, "AB");
-    EXPECT_EQ(get("a%20b.htm").page, "AB");
-    EXPECT_EQ(get("a%2Bb.htm").page, "AB");
-}
+    putContent("unknown.nsp", "a file");
+    TestSupport::makeDirectories(TestSupport::contentFolder() + "a-folder");
+    // Includes are expanded in .htm and .html pages only.
+    putContent("ext/x.htm", "X");
+    for (char const* name : {"ext/a.HTM", "ext/a.html", "ext/a.txt", "ext/a.htmx"})
+        putContent(name, "<?include x.htm?>");
 
-TEST(EntryPoint, DoubleSlashLosesOnlyOne)
-{
-    putContent("dslash.htm", "D");
-    Answer a = get("//dslash.htm");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "D"); // content folder + "/dslash.htm"
-}
-
-TEST(EntryPoint, EmptyURLIsTheStartPage)
-{
-    for (const char* url : {"", "zrmedia://", "zrmedia:///", "zrmedia://Tidewell/"})
+    struct
     {
-        Answer a = get(url);
-        EXPECT_EQ(a.result, 0) << url;
-        EXPECT_NE(a.page.find("window.location"), std::string::npos) << url;
+        char const* url;
+        int result;
+        std::string page;
+    } const cases[] = {
+        {"zrmedia://Tidewell/bin.dat", 0, std::string("a\0b\0c", 5)},
+        {"empty.htm", 0, ""},
+        {"no-such-file.htm", 1, ""},
+        {"a-folder", 1, ""}, // a folder is not served
+        {"unknown.nsp", 0, "a file"},
+        {"ZRMEDIA://TIDEWELL/served.htm", 0, "N"},
+        {"zrmedia://tidewell/served.htm?x=1#top", 0, "N"},
+        {"zrmedia%3A%2F%2FTidewell%2Fserved.htm", 0, "N"},
+        {"//served.htm", 0, "N"}, // content folder + "/served.htm"
+        {"q%3Fx.htm", 0, "Q"},
+        {"q?x.htm", 0, "only q"}, // a real "?" starts the query
+        {"a+b.htm", 0, "AB"},
+        {"a%2Bb.htm", 0, "AB"},
+        {"ext/a.HTM", 0, "X"},
+        {"ext/a.html", 0, "X"},
+        {"ext/a.txt", 0, "<?include x.htm?>"},
+        {"ext/a.htmx", 0, "<?include x.htm?>"},
+    };
+    for (auto const& c : cases)
+    {
+        Answer a = get(c.url);
+        EXPECT_EQ(a.result, c.result) << c.url;
+        EXPECT_EQ(a.page, c.page) << c.url;
     }
+    for (const char* url : {"", "zrmedia://", "zrmedia://Tidewell/"})
+        EXPECT_NE(get(url).page.find("window.location"), std::string::npos) << url;
 }
 
 TEST(EntryPoint, AbsolutePathFallback)
@@ -121,65 +95,6 @@ TEST(EntryPoint, AbsolutePathFallback)
     putContent(relative, "from content");
     a = get("zrmedia://" + outside.file("abs.txt"));
     EXPECT_EQ(a.page, "from content");
-}
-
-TEST(EntryPoint, IncludesInHtmlPages)
-{
-    putContent("inc/page.htm", "[<?include part.htm?>|<?include /inc-shared.htm?>|"
-                               "<?include part.htm ?>|<?include ?>]");
-    putContent("inc/part.htm", "P<?include deeper/d.htm?>");
-    putContent("inc/deeper/d.htm", "D");
-    putContent("inc-shared.htm", "S");
-    Answer a = get("inc/page.htm");
-    EXPECT_EQ(a.result, 0);
-    // Relative names resolve against the page's folder, also inside included
-    // text (which stays the page's folder, not the included file's).
-    EXPECT_EQ(a.page, "[PD|S||]");
-}
-
-TEST(EntryPoint, IncludeNameWithTrailingBlank)
-{
-    putContent("blank/page.htm", "<?include x.htm ?>");
-    putContent("blank/x.htm ", "with blank");
-    putContent("blank/x.htm", "without");
-    EXPECT_EQ(get("blank/page.htm").page, "with blank");
-}
-
-TEST(EntryPoint, IncludesOnlyInHtmAndHtml)
-{
-    putContent("ext/x.htm", "X");
-    putContent("ext/a.html", "<?include x.htm?>");
-    putContent("ext/a.HTM", "<?include x.htm?>");
-    putContent("ext/a.txt", "<?include x.htm?>");
-    putContent("ext/a.nsp", "<?include x.htm?>");
-    putContent("ext/a.htmx", "<?include x.htm?>");
-    EXPECT_EQ(get("ext/a.html").page, "X");
-    EXPECT_EQ(get("ext/a.HTM").page, "X");
-    EXPECT_EQ(get("ext/a.txt").page, "<?include x.htm?>");
-    EXPECT_EQ(get("ext/a.nsp").page, "<?include x.htm?>"); // an unknown .nsp is a file
-    EXPECT_EQ(get("ext/a.htmx").page, "<?include x.htm?>");
-}
-
-TEST(EntryPoint, IncludeWithoutCloseIsServedUnchanged)
-{
-    putContent("open.htm", "a<?include x.htm");
-    EXPECT_EQ(get("open.htm").page, "a<?include x.htm");
-}
-
-TEST(EntryPoint, SelfIncludingPageTerminates)
-{
-    putContent("self.htm", "a<?include self.htm?>b");
-    Answer a = get("self.htm");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, std::string(1001, 'a') + "<?include self.htm?>" + std::string(1001, 'b'));
-}
-
-TEST(EntryPoint, UnknownNspIsAFile)
-{
-    putContent("unknown.nsp", "a file");
-    Answer a = get("unknown.nsp");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "a file");
 }
 
 TEST(EntryPoint, PagesAreNeverFiles)
@@ -223,31 +138,18 @@ private:
 };
 } // namespace
 
-TEST_F(FakePHP, PhpPagesRunThroughPhp)
+TEST_F(FakePHP, PhpPagesRunThroughPhpWithoutIncludeExpansion)
 {
     putContent("script.php", "<?php echo 1; ?>");
-    Answer a = get("zrmedia://Tidewell/script.php?x=1");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "php[-f][" + TestSupport::contentFolder() + "script.php]:<?php echo 1; ?>");
-    putContent("SCRIPT.PHP", "upper");
-    a = get("SCRIPT.PHP");
-    EXPECT_EQ(a.page, "php[-f][" + TestSupport::contentFolder() + "SCRIPT.PHP]:upper");
-}
-
-TEST_F(FakePHP, PhpOutputGetsNoIncludeExpansion)
-{
-    putContent("inc.php", "<?include x.htm?>");
+    EXPECT_EQ(get("zrmedia://Tidewell/script.php?x=1").page,
+              "php[-f][" + TestSupport::contentFolder() + "script.php]:<?php echo 1; ?>");
+    putContent("INC.PHP", "<?include x.htm?>");
     putContent("x.htm", "X");
-    EXPECT_EQ(get("inc.php").page,
-              "php[-f][" + TestSupport::contentFolder() + "inc.php]:<?include x.htm?>");
-}
-
-TEST_F(FakePHP, OnlyTheFirstPhpCounts)
-{
+    EXPECT_EQ(get("INC.PHP").page,
+              "php[-f][" + TestSupport::contentFolder() + "INC.PHP]:<?include x.htm?>");
+    // A name with ".php" twice is served as a file.
     putContent("a.php.php", "served as a file");
-    Answer a = get("a.php.php");
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "served as a file");
+    EXPECT_EQ(get("a.php.php").page, "served as a file");
 }
 
 TEST(EntryPoint, RealPhpWhenInstalled)

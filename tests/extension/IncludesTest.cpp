@@ -39,8 +39,8 @@ Expanded expand(const std::string& page, MapReader& reader, const std::string& f
     return {std::string(r.text.c_str(), r.text.size()), r.expansions, r.limited};
 }
 
-// The specified loop, literally (search again from the beginning after
-// every replacement), with the same limits, as the reference.
+// The plain loop (search again from the beginning after every
+// replacement), with the same limits, as the reference.
 Expanded reference(std::string page, MapReader& reader, const std::string& folder = "/p/",
                    const std::string& content = "/c/")
 {
@@ -83,42 +83,30 @@ Expanded reference(std::string page, MapReader& reader, const std::string& folde
 }
 } // namespace
 
-TEST(Includes, RelativeAndFromTheContentFolder)
+TEST(Includes, NamesAreTakenExactlyRelativeOrFromTheContentFolder)
 {
     MapReader reader;
     reader.files["/p/x.htm"] = "X";
     reader.files["/c//y.htm"] = "Y";
     reader.files["/p/sub/z.htm"] = "Z";
-    EXPECT_EQ(expand("a<?include x.htm?>b<?include /y.htm?>c<?include sub/z.htm?>d", reader).text,
-              "aXbYcZd");
-}
-
-TEST(Includes, NamesAreTakenExactly)
-{
-    MapReader reader;
-    reader.files["/p/x.htm"] = "X";
     reader.files["/p/t.htm "] = "T";
-    // A trailing blank is part of the name: "x.htm " does not exist.
-    EXPECT_EQ(expand("[<?include x.htm ?>]", reader).text, "[]");
-    EXPECT_EQ(expand("[<?include t.htm ?>]", reader).text, "[T]");
-    EXPECT_EQ(expand("[<?include x.htm?>]", reader).text, "[X]");
-    // Without the blank behind "include" it is no directive; the marker is
-    // case-sensitive.
-    EXPECT_EQ(expand("[<?includex.htm?>]", reader).text, "[<?includex.htm?>]");
-    EXPECT_EQ(expand("[<?INCLUDE x.htm?>]", reader).text, "[<?INCLUDE x.htm?>]");
-    // Empty name and missing file: removed.
-    EXPECT_EQ(expand("[<?include ?>]", reader).text, "[]");
-    EXPECT_EQ(expand("[<?include nope?>]", reader).text, "[]");
-}
-
-TEST(Includes, WithoutCloseTheTextStays)
-{
-    MapReader reader;
-    reader.files["/p/x.htm"] = "X";
-    EXPECT_EQ(expand("a<?include x.htm", reader).text, "a<?include x.htm");
-    EXPECT_EQ(expand("?>a<?include x.htm", reader).text, "?>a<?include x.htm");
-    // The first directive without "?>" behind it ends the loop.
-    EXPECT_EQ(expand("<?include x.htm?>a<?include x.htm", reader).text, "Xa<?include x.htm");
+    for (auto const& c : std::map<std::string, std::string>{
+             {"a<?include x.htm?>b<?include /y.htm?>c<?include sub/z.htm?>d", "aXbYcZd"},
+             // A trailing blank is part of the name: "x.htm " does not exist.
+             {"[<?include x.htm ?>]", "[]"},
+             {"[<?include t.htm ?>]", "[T]"},
+             // Without the blank behind "include" it is no directive; the
+             // marker is case-sensitive.
+             {"[<?includex.htm?>]", "[<?includex.htm?>]"},
+             {"[<?INCLUDE x.htm?>]", "[<?INCLUDE x.htm?>]"},
+             // Empty name and missing file: removed.
+             {"[<?include ?>]", "[]"},
+             {"[<?include nope?>]", "[]"},
+             // Without "?>" the text stays, and the loop ends there.
+             {"?>a<?include x.htm", "?>a<?include x.htm"},
+             {"<?include x.htm?>a<?include x.htm", "Xa<?include x.htm"},
+         })
+        EXPECT_EQ(expand(c.first, reader).text, c.second) << c.first;
 }
 
 TEST(Includes, NestedAndJoinedDirectives)
@@ -186,8 +174,8 @@ TEST(Includes, PageWithoutDirectivesIsShared)
 
 // Random pages built from the pieces that matter (markers, halves of
 // markers, names, blanks) give the same text, count and limit as the
-// specified loop.
-TEST(Includes, MatchesTheSpecifiedLoop)
+// plain loop.
+TEST(Includes, MatchesThePlainLoop)
 {
     const char* pieces[] = {
         "<?include ", "?>", "a", "b",  "/c", " ",  "<?inc",         "lude ",

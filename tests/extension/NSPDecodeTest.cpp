@@ -13,7 +13,7 @@ std::string decode(const std::string& text)
     return std::string(decoded.c_str(), decoded.size());
 }
 
-// The specified loop, literally, as the reference for the one-pass version.
+// The plain loop, as the reference for the one-pass version.
 std::string referenceDecode(const std::string& text)
 {
     auto value = [](unsigned char c) -> int
@@ -74,7 +74,7 @@ TEST(NSPDecode, UnvalidatedPairs)
     EXPECT_EQ(decode("%3F"), "?");
 }
 
-TEST(NSPDecode, MatchesTheSpecifiedLoop)
+TEST(NSPDecode, MatchesThePlainLoop)
 {
     const char alphabet[] = {'%', '%', '2', '5', 'B', 'b', '+', 'a', 'G', '0', '\0', 'f', '9'};
     unsigned seed = 12345;

@@ -135,25 +135,15 @@ TEST(Routing, FilePath)
     EXPECT_EQ(text(f.extension), "gz");
 }
 
-TEST(Routing, PHPRule)
+TEST(Routing, PHPAndIncludeExtensions)
 {
-    EXPECT_TRUE(Routing::isPHP("a.php"));
-    EXPECT_TRUE(Routing::isPHP("x/A.PHP"));
-    EXPECT_FALSE(Routing::isPHP(".php")); // not longer than 4
-    EXPECT_FALSE(Routing::isPHP("a.php.php"));
-    EXPECT_FALSE(Routing::isPHP("a.php.htm"));
-    EXPECT_FALSE(Routing::isPHP("a.phps"));
-    EXPECT_FALSE(Routing::isPHP("php"));
-}
-
-TEST(Routing, IncludeExtensions)
-{
-    EXPECT_TRUE(Routing::expandsIncludes("htm"));
-    EXPECT_TRUE(Routing::expandsIncludes("HTML"));
-    EXPECT_TRUE(Routing::expandsIncludes("Htm"));
-    EXPECT_FALSE(Routing::expandsIncludes("txt"));
-    EXPECT_FALSE(Routing::expandsIncludes("htmx"));
-    EXPECT_FALSE(Routing::expandsIncludes("ht"));
-    EXPECT_FALSE(Routing::expandsIncludes(""));
-    EXPECT_FALSE(Routing::expandsIncludes("shtml"));
+    for (const char* name : {"a.php", "x/A.PHP"})
+        EXPECT_TRUE(Routing::isPHP(name)) << name;
+    // ".php" is not longer than 4.
+    for (const char* name : {".php", "a.php.php", "a.php.htm", "a.phps", "php"})
+        EXPECT_FALSE(Routing::isPHP(name)) << name;
+    for (const char* extension : {"htm", "HTML", "Htm"})
+        EXPECT_TRUE(Routing::expandsIncludes(extension)) << extension;
+    for (const char* extension : {"txt", "htmx", "ht", "", "shtml"})
+        EXPECT_FALSE(Routing::expandsIncludes(extension)) << extension;
 }
