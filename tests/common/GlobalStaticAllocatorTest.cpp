@@ -159,32 +159,6 @@ TEST_F(PristinePool, AFullPoolReturnsNull)
     freeAll(blocks);
 }
 
-TEST_F(PristinePool, AdjacentFreesCoalesce)
-{
-    char* s0 = Pool::getSegmentAddr(0);
-    char* a = static_cast<char*>(Pool::allocate(100));
-    char* b = static_cast<char*>(Pool::allocate(100));
-    char* c = static_cast<char*>(Pool::allocate(100));
-    char* d = static_cast<char*>(Pool::allocate(100));
-    // All from the front of segment 0, one after another (102-byte blocks).
-    ASSERT_EQ(a, s0 + 2);
-    ASSERT_EQ(b, a + 102);
-    ASSERT_EQ(c, b + 102);
-    ASSERT_EQ(d, c + 102);
-    EXPECT_EQ(snapshot()[0], (std::vector<FreeNode>{{408, 65535 - 408}}));
-
-    Pool::deallocate(b); // no free neighbour: a node of its own
-    EXPECT_EQ(snapshot()[0], (std::vector<FreeNode>{{102, 102}, {408, 65127}}));
-    Pool::deallocate(d); // merges with the remainder that follows
-    EXPECT_EQ(snapshot()[0], (std::vector<FreeNode>{{102, 102}, {306, 65229}}));
-    Pool::deallocate(a); // new head, merges with b's node that follows
-    EXPECT_EQ(snapshot()[0], (std::vector<FreeNode>{{0, 204}, {306, 65229}}));
-    EXPECT_EQ(Pool::getFreeListCount(0), 2u);
-    Pool::deallocate(c); // two merges: with the node before and the one after
-    EXPECT_EQ(snapshot()[0], (std::vector<FreeNode>{{0, 65535}}));
-    EXPECT_EQ(Pool::getFreeListCount(0), 1u);
-}
-
 TEST_F(PristinePool, ANodeLargerByOneToThreeBytesIsSkipped)
 {
     std::vector<void*> full = fillSegments(1); // only segment 0 has room
