@@ -63,16 +63,12 @@ TEST(DebugPage, LogsToConsoleAndFile)
     EXPECT_EQ(TestSupport::readFile(logFile()), before + r.console + second.console);
 }
 
-TEST(DebugPage, PercentStaysPercent)
+TEST(DebugPage, PercentStaysPercentAndAMissingMessageLogsAnEmptyLine)
 {
     Logged r = run("Command=Log&Message=100%25%20%25s%25n%25%25");
     EXPECT_TRUE(isLogLine(r.console, "100% %s%n%%")) << r.console;
     EXPECT_NE(TestSupport::readFile(logFile()).find("] 100% %s%n%%\r\n"), std::string::npos);
-}
-
-TEST(DebugPage, MissingMessageLogsAnEmptyLine)
-{
-    Logged r = run("Command=Log");
+    r = run("Command=Log");
     EXPECT_TRUE(isLogLine(r.console, "")) << r.console;
 }
 

@@ -51,42 +51,20 @@ protected:
 };
 } // namespace
 
-TEST_F(IndexPage, NoMarkersSelectTheLanguage)
+TEST_F(IndexPage, AnswerFilesAutomateOverRotationAndNoMarkersSelectTheLanguage)
 {
     EXPECT_EQ(run(), redirect("/langsel.htm"));
     EXPECT_EQ(run("INDEX.NSP", "Command=Whatever&x=1"), redirect("/langsel.htm"));
-}
-
-TEST_F(IndexPage, EachAnswerFileAutomates)
-{
+    // isFile only asks whether the path opens for reading, and a folder does.
+    TestSupport::makeDirectories(m_root->path() + "/mnt/automation/rotate.txt");
+    EXPECT_EQ(run(), redirect("/rotate.htm"));
     for (const char* marker :
          {"/tmp/install.xml", "/mnt/bootdevice/install.xml", "/mnt/automation/install.xml"})
     {
         mark(marker);
-        EXPECT_EQ(run(), redirect("/automate.htm")) << marker;
+        EXPECT_EQ(run("Index.Nsp"), redirect("/automate.htm")) << marker;
         std::remove((m_root->path() + marker).c_str());
     }
-}
-
-TEST_F(IndexPage, AutomationWinsOverRotation)
-{
-    mark("/tmp/install.xml");
-    mark("/mnt/automation/rotate.txt");
-    EXPECT_EQ(run("Index.Nsp"), redirect("/automate.htm"));
-}
-
-TEST_F(IndexPage, RotationMarker)
-{
-    mark("/mnt/automation/rotate.txt");
-    EXPECT_EQ(run(), redirect("/rotate.htm"));
-}
-
-TEST_F(IndexPage, AFolderCountsAsAFile)
-{
-    // isFile only asks whether the path opens for reading ("rb"), and a
-    // folder does on Linux.
-    TestSupport::makeDirectories(m_root->path() + "/mnt/automation/rotate.txt");
-    EXPECT_EQ(run(), redirect("/rotate.htm"));
 }
 
 TEST_F(IndexPage, ThroughTheEntryPoint)
