@@ -22,6 +22,8 @@ TEST(OSTreePage, AnswersTheTreeOfTheOfferedSystemsAsTheWholePage)
         one.page);
 }
 
+// The platform rules and the documents themselves are checked in the
+// collection's own tests; here, that the page reaches them.
 TEST(UnattendedPage, WritesTheAnswerFileOfThePlatformAndReportsWhetherItCould)
 {
     TestSupport::TempDir dir;
@@ -33,13 +35,6 @@ TEST(UnattendedPage, WritesTheAnswerFileOfThePlatformAndReportsWhetherItCould)
     EXPECT_EQ(0u, written.find("<?xml"));
     EXPECT_NE(std::string::npos, written.find("<FullName>Ops</FullName>"));
     EXPECT_NE(std::string::npos, written.find("amd64"));
-
-    // Platform names are case-sensitive: "w2k8" writes the text file's fixed lines.
-    std::string textFile = dir.file("unattend.txt");
-    get("zrmedia://Tidewell/unattended.nsp?Platform=w2k8&ComputerName=web01&Filename=" + textFile);
-    std::string text = TestSupport::readFile(textFile);
-    EXPECT_EQ(0u, text.find("[Data]\r\n"));
-    EXPECT_EQ(std::string::npos, text.find("web01"));
 
     TestSupport::Answer unwritable =
         get("zrmedia://Tidewell/unattended.nsp?Platform=W2K3&Filename=" +
