@@ -201,6 +201,7 @@ TEST_F(PristinePool, ANodeLargerByOneToThreeBytesIsSkipped)
 TEST_F(GlobalPool, DeallocateZeroesTheBlockAndIgnoresPointersOutsideTheSegmentsAndFreeMemory)
 {
     int local = 0;
+    EXPECT_EQ(Pool::Coalesce(nullptr), 0);
     Pool::deallocate(nullptr);
     Pool::deallocate(&local);
     int* heap = new int(5);

@@ -132,7 +132,7 @@ TEST(ToValidUtf8, StrayTruncatedAndInterruptedBytesAreDropped)
              {"\x80", ""}, {"\xC3\xA9\xA9", "\xC3\xA9"}, {"\x80\x81\x82\xC3\xA9", "\xC3\xA9"},
              // Sequences cut off at the end.
              {"A\xC3", "A"}, {"A\xE2\x82", "A"}, {"A\xF0\x9F\x98", "A"},
-             {"A\xFC\x84\x80\x80\x80", "A"}, {"\xE2", ""},
+             {"A\xF8\x88\x80\x80", "A"}, {"A\xFC\x84\x80\x80\x80", "A"}, {"\xE2", ""},
              // A lead byte followed by a non-continuation.
              {"\xC3"
               "A",
