@@ -32,13 +32,6 @@ struct Locker : Threadable
     std::atomic<bool> entered{false};
 };
 
-TEST(ProcessMutex, LockAndUnlockReturnZero)
-{
-    ProcessMutex mutex;
-    EXPECT_EQ(0, mutex.Lock());
-    EXPECT_EQ(0, mutex.Unlock());
-}
-
 TEST(RecursiveProcessMutex, OneThreadLocksTwiceAndOthersWaitForBothUnlocks)
 {
     RecursiveProcessMutex mutex;
