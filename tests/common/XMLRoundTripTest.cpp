@@ -5,33 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <random>
 
 using namespace XMLTest;
 
 namespace
 {
-
-// The names database's lookup, written against the Element interface as AllBoards uses
-// it: the last "dev" whose "id" equals the key and that has a "name" wins.
-std::string deviceName(ElementPtr const& root, unsigned vendor, unsigned device, unsigned subsystem)
-{
-    std::string result = "Integrated PCI IDE Controller";
-    if (!root->hasElement("PCI"))
-        return result;
-    char key[32];
-    std::snprintf(key, sizeof key, "%04X%04X%08X", vendor, device, subsystem);
-    ElementPtr pci = root->getElement("PCI");
-    for (auto it = pci->elementBegin(); it != pci->elementEnd(); ++it)
-    {
-        ElementPtr dev = *it;
-        if (dev->tag() == "dev" && dev->hasAttribute("id") && dev->attribute("id") == key &&
-            dev->hasElement("name"))
-            result = str(dev->getElement("name")->text());
-    }
-    return result;
-}
 
 // Re-parsing what the writer wrote gives a tree that is written the same.
 void expectWriterFixpoint(Common::string const& document)
@@ -61,28 +40,17 @@ const char* const kNamesDatabase =
     "  </PCI>\n"
     "</AllBoards>\n";
 
-TEST(XMLRoundTripNamesDatabase, LookupsFindTheLastNamedEntryAndOneWriteReachesAFixpoint)
+// The lookups in the database are checked by the storage page's tests.
+TEST(XMLRoundTripNamesDatabase, WrittenOnOneLineAfterOneWriteAndReadBackTheSame)
 {
     ElementPtr root = parse(kNamesDatabase);
     EXPECT_EQ(7u, childCount(root->getElement("PCI")));
-    EXPECT_EQ("Smart Array 5i/532", deviceName(root, 0x0E11, 0xB060, 0x0E114030));
-    // Equal keys: the later named entry wins; one without "name" is skipped.
-    EXPECT_EQ("Example Board, later entry", deviceName(root, 0x1A2B, 0x00C1, 0x3C4DABCD));
-    // Lower-case hex in the file never matches.
-    EXPECT_EQ("Integrated PCI IDE Controller", deviceName(root, 0x1A2B, 0x00C1, 0));
-    EXPECT_EQ("", deviceName(root, 0x8086, 0x100E, 0));
-    EXPECT_EQ("R&amp;D &lt;1&gt;", deviceName(root, 0x10DE, 0, 0));
-    EXPECT_EQ("Integrated PCI IDE Controller", deviceName(root, 0x1234, 0x5678, 0));
-    EXPECT_EQ("Integrated PCI IDE Controller",
-              deviceName(parse("<AllBoards></AllBoards>"), 0, 0, 0));
-
-    // Written on one line (white-space text of elements with children is not
-    // written), the database reads back the same.
-    expectWriterFixpoint(kNamesDatabase);
+    // White-space text of elements with children is not written.
     std::string once = write(root);
-    EXPECT_EQ(0u, once.find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>"));
-    EXPECT_EQ("Example Board, later entry",
-              deviceName(parse(once.c_str()), 0x1A2B, 0x00C1, 0x3C4DABCD));
+    EXPECT_EQ(0u, once.find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>Smart Array "
+                            "5i/532</name></dev><dev id=\"1A2B00C13C4DABCD\"><name>"));
+    EXPECT_NE(std::string::npos, once.find("<name>R&amp;D &lt;1&gt;</name>"));
+    expectWriterFixpoint(kNamesDatabase);
 }
 
 // One storage controller with two disks and one without, as the storage inventory writes it.
@@ -129,31 +97,16 @@ const char* const kConfiguration =
     "\t<UrlBase value=\"zrmedia://Tidewell/content\"/>\r\n"
     "</Tidewell>\r\n";
 
-TEST(XMLRoundTripConfiguration, TheThreeSettingsAreReadWrittenAndReadBack)
+// How the settings are read is checked by the configuration's tests.
+TEST(XMLRoundTripConfiguration, SettingsAreWrittenWithTheLineBreaksThatFollowThem)
 {
-    ElementPtr root = parse(kConfiguration);
-    EXPECT_EQ("ExtensionModule,WorkingDir,UrlBase", childTags(root));
-    const char* names[] = {"ExtensionModule", "WorkingDir", "UrlBase"};
-    const char* values[] = {"C:\\Program Files\\Tidewell\\tidewell.so", "C:\\Tidewell\\",
-                            "zrmedia://Tidewell/content"};
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(values[i], str(root->getElement(names[i])->attribute("value")));
-
     // The settings carry the line break that follows their empty-element
     // tags as text, so they are written with end tags.
-    std::string once = write(root);
     EXPECT_EQ("<Tidewell><ExtensionModule value=\"C:\\Program Files\\Tidewell\\tidewell.so\">\r\n\t"
               "</ExtensionModule><WorkingDir value=\"C:\\Tidewell\\\">\r\n\t</WorkingDir>"
               "<UrlBase value=\"zrmedia://Tidewell/content\">\r\n</UrlBase></Tidewell>",
-              once);
+              write(parse(kConfiguration)));
     expectWriterFixpoint(kConfiguration);
-    EXPECT_EQ("C:\\Tidewell\\", str(parse(once.c_str())->getElement("WorkingDir")->attribute("value")));
-
-    // A missing setting reads as the placeholder.
-    root = parse("<Tidewell>\n  <UrlBase value=\"/content\"/>\n  <WorkingDir/>\n</Tidewell>");
-    EXPECT_FALSE(root->hasElement("ExtensionModule"));
-    EXPECT_EQ("", str(root->getElement("ExtensionModule")->attribute("value")));
-    EXPECT_FALSE(root->getElement("WorkingDir")->hasAttribute("value"));
 }
 
 // Random trees within the documented limits (tags and names without markup
