@@ -58,22 +58,6 @@ TEST(NSPDecode, EscapesAndPlus)
     EXPECT_EQ(decode(""), "");
 }
 
-TEST(NSPDecode, UnvalidatedPairs)
-{
-    // "%" at the end: both characters read as NUL: (-48 * 16 - 48) & 0xFF.
-    EXPECT_EQ(decode("ab%"), std::string("ab") + static_cast<char>(0xD0));
-    // One character left: "A" then NUL: 10 * 16 - 48 = 112 = "p".
-    EXPECT_EQ(decode("%A"), "p");
-    // Non-hex letters count as letters: "G" = 16, "z" = 35.
-    EXPECT_EQ(decode("%GG"), std::string(1, static_cast<char>((16 * 16 + 16) & 0xFF)));
-    EXPECT_EQ(decode("%zz"), std::string(1, static_cast<char>((35 * 16 + 35) & 0xFF)));
-    // Other characters count their code minus "0".
-    EXPECT_EQ(decode("%%%"),
-              std::string(1, static_cast<char>(((37 - 48) * 16 + (37 - 48)) & 0xFF)));
-    EXPECT_EQ(decode("%00x"), std::string("\0x", 2));
-    EXPECT_EQ(decode("%3F"), "?");
-}
-
 TEST(NSPDecode, MatchesThePlainLoop)
 {
     const char alphabet[] = {'%', '%', '2', '5', 'B', 'b', '+', 'a', 'G', '0', '\0', 'f', '9'};
