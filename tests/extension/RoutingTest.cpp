@@ -35,59 +35,46 @@ TEST(Routing, StartPage)
         EXPECT_EQ(normalise(url).page, "index.nsp") << url;
 }
 
-TEST(Routing, PrefixesInAnyCase)
+TEST(Routing, PrefixesFragmentQueryAndDecodingInTheirOrder)
 {
-    EXPECT_EQ(normalise("zrmedia://Tidewell/index.nsp?x=1#top").page, "index.nsp");
-    EXPECT_EQ(normalise("zrmedia://Tidewell/index.nsp?x=1#top").query, "x=1");
-    EXPECT_EQ(normalise("ZRMEDIA://TIDEWELL/a.htm").page, "a.htm");
-    EXPECT_EQ(normalise("ZrMeDiA://tIdEwElL/a.htm").page, "a.htm");
-    EXPECT_EQ(normalise("zrmedia://a.htm").page, "a.htm");
-    EXPECT_EQ(normalise("Tidewell/a.htm").page, "a.htm");
-    // The word alone is removed, and nothing more.
-    EXPECT_EQ(normalise("zrmedia://TidewellX.htm").page, "X.htm");
-    EXPECT_EQ(normalise("zrmedia://Tidewell//a.htm").page, "/a.htm");
-    // Only one "/" goes, and "Tidewell" only right behind the scheme.
-    EXPECT_EQ(normalise("//x.htm").page, "/x.htm");
-    EXPECT_EQ(normalise("/Tidewell/a.htm").page, "Tidewell/a.htm");
-    EXPECT_EQ(normalise("zrmedia:/a.htm").page, "zrmedia:/a.htm");
-}
-
-TEST(Routing, FragmentThenQuery)
-{
-    EXPECT_EQ(normalise("a.htm#b?c=1").page, "a.htm");
-    EXPECT_EQ(normalise("a.htm#b?c=1").query, "");
-    EXPECT_EQ(normalise("a.htm?c=1#b").query, "c=1");
-    EXPECT_EQ(normalise("a.htm?c=1#b#d").query, "c=1");
-}
-
-TEST(Routing, QueryRemovalWithRepeatedCopies)
-{
-    Normalised n = normalise("page.htm?a=1?a=1");
-    EXPECT_EQ(n.page, "page.htm");
-    EXPECT_EQ(n.query, "a=1?a=1");
-    n = normalise("page.htm?A=1?a=1?a=1");
-    EXPECT_EQ(n.page, "page.htm");
-    EXPECT_EQ(n.query, "A=1?a=1?a=1");
-    n = normalise("page.htm?");
-    EXPECT_EQ(n.page, "page.htm");
-    EXPECT_EQ(n.query, "");
-}
-
-TEST(Routing, DecodingOrder)
-{
-    // The query is split off before decoding: an escaped "?" stays in the
-    // name, and the query is handed on undecoded.
-    Normalised n = normalise("a%3Fx.htm?q=%41");
-    EXPECT_EQ(n.page, "a?x.htm");
-    EXPECT_EQ(n.query, "q=%41");
-    // The fragment too.
-    EXPECT_EQ(normalise("a%23b.htm").page, "a#b.htm");
-    // The prefixes are stripped after decoding.
-    EXPECT_EQ(normalise("zrmedia%3A%2F%2FTidewell%2Fa.htm").page, "a.htm");
-    EXPECT_EQ(normalise("%2Fa.htm").page, "a.htm");
-    // "+" and "%2B" become blanks.
-    EXPECT_EQ(normalise("a+b%2Bc.htm").page, "a b c.htm");
-    EXPECT_EQ(normalise("%25%34%31").page, "%41");
+    struct
+    {
+        const char* url;
+        const char* page;
+        const char* query;
+    } const cases[] = {
+        // Prefixes in any case; the word alone is removed, and nothing more.
+        {"zrmedia://Tidewell/index.nsp?x=1#top", "index.nsp", "x=1"},
+        {"ZrMeDiA://tIdEwElL/a.htm", "a.htm", ""},
+        {"zrmedia://a.htm", "a.htm", ""},
+        {"Tidewell/a.htm", "a.htm", ""},
+        {"zrmedia://TidewellX.htm", "X.htm", ""},
+        {"zrmedia://Tidewell//a.htm", "/a.htm", ""},
+        // Only one "/" goes, and "Tidewell" only right behind the scheme.
+        {"//x.htm", "/x.htm", ""},
+        {"/Tidewell/a.htm", "Tidewell/a.htm", ""},
+        {"zrmedia:/a.htm", "zrmedia:/a.htm", ""},
+        // The fragment goes first, then the query (with repeated copies).
+        {"a.htm#b?c=1", "a.htm", ""},
+        {"a.htm?c=1#b#d", "a.htm", "c=1"},
+        {"page.htm?A=1?a=1?a=1", "page.htm", "A=1?a=1?a=1"},
+        {"page.htm?", "page.htm", ""},
+        // Both are split off before decoding: an escaped "?" or "#" stays in
+        // the name, and the query is handed on undecoded.
+        {"a%3Fx.htm?q=%41", "a?x.htm", "q=%41"},
+        {"a%23b.htm", "a#b.htm", ""},
+        // The prefixes are stripped after decoding; "+" and "%2B" are blanks.
+        {"zrmedia%3A%2F%2FTidewell%2Fa.htm", "a.htm", ""},
+        {"%2Fa.htm", "a.htm", ""},
+        {"a+b%2Bc.htm", "a b c.htm", ""},
+        {"%25%34%31", "%41", ""},
+    };
+    for (auto const& c : cases)
+    {
+        Normalised n = normalise(c.url);
+        EXPECT_EQ(n.page, c.page) << c.url;
+        EXPECT_EQ(n.query, c.query) << c.url;
+    }
 }
 
 TEST(Routing, BrokenEscapes)
