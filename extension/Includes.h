@@ -32,7 +32,7 @@ struct Result
     bool limited;        // stopped by one of the limits
 };
 
-// The specified loop: find the first "<?include " (with its blank,
+// The reference loop: find the first "<?include " (with its blank,
 // case-sensitive) and the first "?>" at or after it; while both exist,
 // replace the span from the directive up to and including "?>" by the
 // content of the named file (the name is exactly the text between them,

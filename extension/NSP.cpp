@@ -99,7 +99,7 @@ void NSP::HTMLFooter()
     m_response.Write("</td></tr></table></body></html>");
 }
 
-// Equivalent to the specified loop (find the next "%", replace it and the up
+// Equivalent to the reference loop (find the next "%", replace it and the up
 // to two characters behind it by one character, search on one position behind
 // that character; then replace every "+"), in one pass: the decoded character
 // is never looked at again by the "%" search, and the "+" rule applies to

@@ -8,11 +8,11 @@ class NSP;
 // dispatcher flushes the response after the page returns, whatever it wrote.
 namespace Pages
 {
-void Index(NSP& nsp);        // start page redirect, this Part (1.3)
+void Index(NSP& nsp);        // start page redirect
 void AllStorage(NSP& nsp);   // storage inventory
-void Debug(NSP& nsp);        // debug log, this Part (1.3)
+void Debug(NSP& nsp);        // debug log
 void Hardware(NSP& nsp);     // system summary
-void Wd100(NSP& nsp);        // management processor settings, not specified
+void Wd100(NSP& nsp);        // management processor settings: never available
 void OSTree(NSP& nsp);       // operating-system catalogue
 void FSETReset(NSP& nsp);    // firmware-setup reset
 void Reboot(NSP& nsp);       // reboot
