@@ -1,11 +1,10 @@
 #!/usr/bin/env bash
 # tests/vm/kernel.sh CACHE: fetches Debian's current 64-bit kernel package
 # (the one linux-image-amd64 depends on) into CACHE once, unpacks it there
-# with dpkg -x (nothing is installed on this machine) and prints two lines:
-# the kernel image and the folder of its modules.
+# (unpack.sh) and prints two lines: the kernel image and the folder of its
+# modules.
 set -euo pipefail
 cache=$1
-mkdir -p "$cache"
 
 kernel_package() {
   apt-cache depends linux-image-amd64 2>/dev/null |
@@ -25,17 +24,6 @@ if [[ -z $package ]]; then
 fi
 release=${package#linux-image-}
 
-deb=$(find "$cache" -maxdepth 1 -name "${package}_*.deb" | head -n 1)
-if [[ -z $deb ]]; then
-  (cd "$cache" && apt-get download -q "$package" >&2)
-  deb=$(find "$cache" -maxdepth 1 -name "${package}_*.deb" | head -n 1)
-fi
-
-tree=$cache/$package
-if [[ ! -d $tree ]]; then
-  rm -rf "$tree.partial"
-  dpkg -x "$deb" "$tree.partial"
-  mv "$tree.partial" "$tree"
-fi
+tree=$("$(dirname "$0")/unpack.sh" "$package" "$cache")
 echo "$tree/boot/vmlinuz-$release"
 echo "$tree/lib/modules/$release"
