@@ -2,12 +2,13 @@
 # Installs what is missing, then builds and runs every test twice: optimized,
 # and with AddressSanitizer + UndefinedBehaviorSanitizer. Both must pass. The
 # optimized run includes the virtual-server test (tests/vm/), whose guest
-# needs QEMU with SeaBIOS, static busybox, dmidecode, lspci and ipmitool.
+# needs QEMU with SeaBIOS, static busybox, dmidecode, lspci and ipmitool, and
+# the libraries of OpenIPMI's controller simulator on the host.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 scripts/deps.sh qemu-system-x86 seabios busybox-static cpio dmidecode pciutils ipmitool kmod \
-  python3
+  python3 libopenipmi0 libpopt0
 # The web bridge's test dependencies, exactly as locked.
 npm ci --prefix host/web --no-audit --no-fund
 

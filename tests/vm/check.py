@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Compares what the product module answered inside the virtual server with
-what the oracles (dmidecode, lspci, sysfs, the firmware image, the guest's own
-restart) say, from the console logs that run.sh collected. Prints one line per
-check, "CHECK <name> PASS|FAIL expected=<...> actual=<...>", and exits 1 when
+what the oracles (dmidecode, lspci, sysfs, the firmware image, ipmitool, the
+simulated management controller, the guest's own restart) say, from the
+console logs that run.sh collected. Prints one line per check, "CHECK <name> PASS|FAIL expected=<...> actual=<...>", and exits 1 when
 a check fails or a section it needs is missing."""
 
 import argparse
@@ -216,45 +216,145 @@ def current_order(text):
     return json.dumps(json_answer(text).get("CurrentOrder"))
 
 
-BOOT_DEVICES = {0: "default", 1: "pxe", 2: "hd", 5: "cdrom", 6: "fset", 15: "floppy"}
+# The boot devices that guest_init.sh sets with ipmitool, then the boot
+# orders that it sets through the page, one Perform each, in its order.
+IPMITOOL_DEVICES = {"cdrom": 5, "pxe": 1, "bios": 6, "disk": 2}
+BOOT_ORDER_STEPS = ["cdrom", "usb:cdrom", "pxe", "Default"]
+# Boot device selectors (bits 5..2 of boot-flag data byte 2) of the page's
+# device names: "usb" boots as a hard disk; "Default" clears the override.
+SELECTORS = {"floppy": 15, "hd": 2, "usb": 2, "cdrom": 5, "pxe": 1, "fset": 6, "default": 0}
+# What the page reads back for a selector.
+SELECTOR_NAMES = {15: "floppy", 2: "hd", 5: "cdrom", 1: "pxe", 6: "fset", 0: "default"}
 
 
-def controller_order(text):
-    """The boot device that the management controller's boot flags name, as
-    ipmitool read them: the last line of bytes holds the parameter version,
-    the selector and boot-flag data bytes 1..5. An answer without data byte 2
-    names no device: then the pages report the default order. QEMU 7.2's
-    simulated controller keeps no boot flags: it rejects Set System Boot
-    Options as an invalid command and answers command 09h with two bytes (its
-    restart-cause reply)."""
-    rows = [line.split() for line in (text or "").splitlines()
-            if re.fullmatch(r"( [0-9a-f]{2})+", line)]
-    if not rows:
-        return None
-    data = rows[-1]
-    selector = (int(data[3], 16) >> 2) & 0x0F if len(data) >= 4 else 0
-    return json.dumps([BOOT_DEVICES.get(selector, f"selector {selector}")])
+def boot_flags_request(step):
+    """Set System Boot Options for a Perform of `step` (names joined by ":"):
+    parameter 5, then boot-flag data bytes 1..4: valid and persistent, the
+    first name's selector shifted left by 2, two zero bytes."""
+    selector = SELECTORS[step.split(":")[0].lower()]
+    return [0x05, 0xC0, selector << 2, 0x00, 0x00]
 
 
-def check_boot_order(boot):
+# The restart's one-time target PXE: valid for the next boot only, selector 1.
+RESTART_REQUEST = [0x05, 0x80, 1 << 2, 0x00, 0x00]
+
+
+class SimulatedController:
+    """What ipmi_sim does with parameter 5 of Set System Boot Options: it
+    takes a request of the parameter and five boot-flag data bytes and keeps
+    the boot device (selectors 0, 1, 2, 5 and 6); it refuses a shorter request
+    with completion code C7h (request data length invalid) and keeps what it
+    had. Get answers parameter version 1, parameter 5, data byte 1 as zero,
+    the device in data byte 2, zeros."""
+
+    def __init__(self):
+        self.selector = 0
+
+    def set(self, request):
+        if len(request) < 6:
+            return "c7"
+        self.selector = (request[2] >> 2) & 0x0F
+        return "00"
+
+    def get(self):
+        return " ".join(f"{byte:02x}" for byte in [1, 5, 0, self.selector << 2, 0, 0, 0])
+
+
+def flags_read(text):
+    """The last line of data bytes that ipmitool printed, or its error line."""
+    lines = [line.strip() for line in (text or "").splitlines() if line.strip()]
+    rows = [line for line in lines if re.fullmatch(r"([0-9a-f]{2} ?)+", line)]
+    return rows[-1] if rows else (lines[-1] if lines else None)
+
+
+def unescape(raw):
+    """A message as ipmi_sim sent it on QEMU's connection: without the end
+    mark A0h, each byte after the escape AAh with bit 4 cleared."""
+    data, escaped = [], False
+    for byte in raw:
+        if escaped:
+            data.append(byte & ~0x10)
+            escaped = False
+        elif byte == 0xAA:
+            escaped = True
+        elif byte != 0xA0:
+            data.append(byte)
+    return data
+
+
+def boot_option_sets(work):
+    """Each Set System Boot Options (network function 0, command 08h) of the
+    boot flags (parameter 5) that reached ipmi_sim, from its message log: the
+    request bytes and the completion code it answered, both as hex text. On QEMU's connection a
+    message is the sequence number, network function and LUN, the command,
+    the data and a checksum."""
+    try:
+        with open(os.path.join(work, "ipmi_sim", "ipmi_sim.log"), errors="replace") as log:
+            # Its console ends lines with "\n\r": blank lines in between.
+            lines = [line for line in log.read().split("\n") if line.strip()]
+    except OSError:
+        return []
+    requests, answers = [], {}
+    for heading, body in zip(lines, lines[1:]):
+        try:
+            message = [int(byte, 16) for byte in body.split()]
+        except ValueError:
+            continue
+        if (heading.startswith("Raw serial receive:") and message[1:3] == [0x00, 0x08]
+                and len(message) > 4 and message[3] & 0x7F == 0x05):
+            requests.append((message[0], message[3:-1]))
+        elif heading.startswith("Raw serial send:"):
+            message = unescape(message)
+            if message[1:3] == [0x04, 0x08] and len(message) > 3:
+                answers[message[0]] = f"{message[3]:02x}"
+    return [(" ".join(f"{byte:02x}" for byte in request), answers.get(sequence))
+            for sequence, request in requests]
+
+
+def check_boot_order(boot, work):
     fixed = ('{"ErrorCode":0,"Order":[{"Name":"Default","Value":"Default"},'
              '{"Name":"A:","Value":"floppy"},{"Name":"C:","Value":"hd"},'
              '{"Name":"CD","Value":"cdrom"},{"Name":"USB","Value":"usb"},'
              '{"Name":"PXE","Value":"pxe"}],"CurrentOrder":[')
     query = boot.section("bootorder.query") or ""
     check("setbootorder.query.order-list", fixed, query[:len(fixed)])
-    flags = (boot.section("bootflags.query") or "").splitlines()
-    print(f"NOTE management controller's boot flags (ipmitool): {flags[-1:]}")
-    check("setbootorder.query", controller_order(boot.section("bootflags.query")),
-          current_order(query))
-    for step in ["cdrom", "usb", "default"]:
-        answer = json_answer(boot.section(f"bootorder.{step}"))
-        check(f"setbootorder.perform.{step}.ErrorCode", 0, answer.get("ErrorCode"))
-        check(f"setbootorder.perform.{step}.CurrentOrder",
-              controller_order(boot.section(f"bootflags.{step}")),
-              json.dumps(answer.get("CurrentOrder")))
-    check("setbootorder.query.after-cdrom", controller_order(boot.section("bootflags.cdrom")),
-          current_order(boot.section("bootorder.query.cdrom")))
+    controller = SimulatedController()
+    check("setbootorder.query.bootflags", controller.get(),
+          flags_read(boot.section("bootflags.query")))
+    check("setbootorder.query.CurrentOrder", '["default"]', current_order(query))
+    # ipmitool's own requests carry five boot-flag data bytes: the controller
+    # keeps each device, and the page reads it.
+    sets = boot_option_sets(work)
+    for number, (device, selector) in enumerate(IPMITOOL_DEVICES.items()):
+        controller.selector = selector
+        answer = sets[number][1] if number < len(sets) else None
+        check(f"setbootorder.ipmitool.{device}.controller-answer", "00", answer)
+        check(f"setbootorder.ipmitool.{device}.bootflags", controller.get(),
+              flags_read(boot.section(f"bootflags.ipmitool.{device}")))
+        check(f"setbootorder.ipmitool.{device}.query.CurrentOrder",
+              json.dumps([SELECTOR_NAMES[selector]]),
+              current_order(boot.section(f"bootorder.query.ipmitool.{device}")))
+    sets = sets[len(IPMITOOL_DEVICES):]
+    for number, step in enumerate(BOOT_ORDER_STEPS):
+        request = boot_flags_request(step)
+        expected_answer = controller.set(request)
+        received, answer = sets[number] if number < len(sets) else (None, None)
+        name = json.dumps([SELECTOR_NAMES[controller.selector]])
+        performed = json_answer(boot.section(f"bootorder.{step}"))
+        check(f"setbootorder.perform.{step}.ErrorCode", 0, performed.get("ErrorCode"))
+        check(f"setbootorder.perform.{step}.request",
+              " ".join(f"{byte:02x}" for byte in request), received)
+        check(f"setbootorder.perform.{step}.controller-answer", expected_answer, answer)
+        check(f"setbootorder.perform.{step}.bootflags", controller.get(),
+              flags_read(boot.section(f"bootflags.{step}")))
+        check(f"setbootorder.perform.{step}.CurrentOrder", name,
+              json.dumps(performed.get("CurrentOrder")))
+        check(f"setbootorder.perform.{step}.query.CurrentOrder", name,
+              current_order(boot.section(f"bootorder.query.{step}")))
+    restart = sets[len(BOOT_ORDER_STEPS)] if len(sets) > len(BOOT_ORDER_STEPS) else (None, None)
+    check("reboot.target-PXE.request", " ".join(f"{byte:02x}" for byte in RESTART_REQUEST),
+          restart[0])
+    check("boot-flags.no-further-sets", len(BOOT_ORDER_STEPS) + 1, len(sets))
 
 
 def firmware_directories(path):
@@ -311,7 +411,7 @@ def main():
     check("main.ready", True, main_boot.has("@@READY main"))
     check_smbios(main_boot, check_hardware(main_boot, "Yes"))
     check_storage(main_boot)
-    check_boot_order(main_boot)
+    check_boot_order(main_boot, arguments.work)
     check_rom(main_boot, arguments.firmware)
     check_restart(main_boot, "warm")
 

@@ -99,16 +99,25 @@ main)
   section blocks block_devices
   section bootorder.query page "setbootorder.nsp?Command=Query"
   section bootflags.query boot_flags
-  section bootorder.cdrom page "setbootorder.nsp?Command=Perform&Order=cdrom"
-  section bootflags.cdrom boot_flags
-  section bootorder.query.cdrom page "setbootorder.nsp?Command=Query"
-  section bootorder.usb page "setbootorder.nsp?Command=Perform&Order=usb&Order=cdrom"
-  section bootflags.usb boot_flags
-  section bootorder.default page "setbootorder.nsp?Command=Perform&Order=Default"
-  section bootflags.default boot_flags
+  # Boot devices that ipmitool sets, then the boot flags as ipmitool reads
+  # them and the page's reading.
+  for device in cdrom pxe bios disk; do
+    section "ipmitool.$device" ipmitool -I open chassis bootdev "$device" options=persistent
+    section "bootflags.ipmitool.$device" boot_flags
+    section "bootorder.query.ipmitool.$device" page "setbootorder.nsp?Command=Query"
+  done
+  # Each order set, then the boot flags as ipmitool reads them and the
+  # page's own read-back.
+  for step in cdrom usb:cdrom pxe Default; do
+    orders=$(echo "$step" | sed 's/^/\&Order=/; s/:/\&Order=/g')
+    section "bootorder.$step" page "setbootorder.nsp?Command=Perform$orders"
+    section "bootflags.$step" boot_flags
+    section "bootorder.query.$step" page "setbootorder.nsp?Command=Query"
+  done
   section rom "$tidewell/vm_rom_probe"
   section stderr cat /tmp/stderr.log
-  restart warm Default No
+  # The one-time target reaches the management controller before the restart.
+  restart warm PXE No
   ;;
 cold)
   restart cold PXE Yes

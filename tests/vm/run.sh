@@ -2,10 +2,13 @@
 # The virtual-server test. Boots QEMU (SeaBIOS, Debian's current kernel, a
 # busybox initramfs with the product module and the module shell) three
 # times, each within a time limit:
-#   main   all storage controllers and the simulated management controller:
-#          the pages against dmidecode, lspci, sysfs and the firmware image,
-#          then a warm restart through reboot.nsp;
-#   cold   a cold restart through reboot.nsp (the controller's chassis reset);
+#   main   all storage controllers and OpenIPMI's controller simulator
+#          (ipmi_sim on the host, unprivileged), which keeps the boot device
+#          of the boot flags: the pages against dmidecode, lspci, sysfs, the
+#          firmware image and the boot flags that ipmitool reads back, then a
+#          warm restart through reboot.nsp;
+#   cold   QEMU's simulated management controller: a cold restart through
+#          reboot.nsp (the controller's chassis reset);
 #   nobmc  no management controller.
 # QEMU runs with -no-reboot, so a restart ends it. check.py compares the
 # console output and prints one CHECK line per comparison.
@@ -41,7 +44,8 @@ cannot_run() {
 }
 [[ ${TIDEWELL_SKIP_VM:-0} == 1 ]] && cannot_run "TIDEWELL_SKIP_VM=1"
 firmware=/usr/share/seabios/bios-256k.bin
-for tool in qemu-system-x86_64 /bin/busybox cpio dmidecode lspci ipmitool modinfo python3 apt-get; do
+for tool in qemu-system-x86_64 /bin/busybox cpio dmidecode lspci ipmitool setpriv modinfo python3 \
+  apt-get; do
   command -v "$tool" >/dev/null || cannot_run "$tool is missing (scripts/deps.sh installs it)"
 done
 [[ -f $firmware ]] || cannot_run "$firmware is missing"
@@ -51,6 +55,11 @@ started=$SECONDS
 kernel_files=$("$here/kernel.sh" "$work/kernel") || cannot_run "Debian's kernel package could not be fetched"
 kernel=$(sed -n 1p <<<"$kernel_files")
 modules=$(sed -n 2p <<<"$kernel_files")
+# OpenIPMI's controller simulator, unpacked like the kernel (installing the
+# package would also enable its service, which loads this machine's IPMI
+# drivers at start-up); its libraries come from scripts/deps.sh.
+openipmi=$("$here/unpack.sh" openipmi "$work/openipmi") ||
+  cannot_run "Debian's openipmi package could not be fetched"
 "$here/initramfs.sh" "$work/initramfs.gz" "$modules" "$shell" "$module" "$probe" "$content"
 
 # Disks of distinct sizes (sparse files), the SMBIOS records of the maker:
@@ -85,6 +94,75 @@ machine=(
   -smbios "file=$work/smbios-193.bin" -smbios "file=$work/smbios-195.bin"
 )
 bmc=(-device ipmi-bmc-sim,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0)
+
+# OpenIPMI's simulator for the main boot; QEMU connects to it (and retries
+# every second) on a free loopback port. ipmi_sim answers Set and Get System
+# Boot Options, parameter 5, through its chassis-control program: it hands
+# over the boot device by name ("set boot cdrom") and asks for it back ("get
+# boot"). The program here keeps each name in a file and logs every call.
+# As root the simulator runs as "nobody". A time limit bounds it; the trap
+# ends it in any case.
+sim=$work/ipmi_sim
+rm -rf "$sim"
+mkdir -p "$sim/state"
+sim_port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+cat >"$sim/chassis.sh" <<EOF
+#!/bin/sh
+# chassis.sh MC get NAME... | MC set NAME VALUE...
+echo "\$*" >>"$sim/chassis.log"
+shift
+operation=\$1
+shift
+if [ "\$operation" = get ]; then
+  for name in "\$@"; do
+    echo "\$name:\$(cat "$sim/value.\$name" 2>/dev/null || echo none)"
+  done
+elif [ "\$operation" = set ]; then
+  while [ \$# -ge 2 ]; do
+    echo "\$2" >"$sim/value.\$1"
+    shift 2
+  done
+fi
+EOF
+chmod 755 "$sim/chassis.sh"
+cat >"$sim/lan.conf" <<EOF
+name "tidewell"
+set_working_mc 0x20
+  serial kcs 127.0.0.1 $sim_port codec VM
+  chassis_control "$sim/chassis.sh 0x20"
+EOF
+cat >"$sim/bmc.emu" <<EOF
+mc_setbmc 0x20
+mc_add 0x20 0 no-device-sdrs 0x23 9 8 0x9f 0x1291 0xf02
+mc_enable 0x20
+EOF
+run_as=()
+if [[ $(id -u) -eq 0 ]]; then
+  chown -R nobody:nogroup "$sim"
+  run_as=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
+fi
+sim_pid=
+stop_sim() {
+  if [[ -n $sim_pid ]]; then
+    kill "$sim_pid" 2>/dev/null || true
+    wait "$sim_pid" 2>/dev/null || true
+  fi
+  sim_pid=
+}
+trap stop_sim EXIT
+# -d writes every message that reaches the controller to its standard
+# output, which wants a standard input that it can wait on: a pipe that stays
+# open while it runs.
+mkfifo "$sim/input"
+exec 3<>"$sim/input"
+"${run_as[@]}" timeout -k 5 200 "$openipmi/usr/bin/ipmi_sim" -d -c "$sim/lan.conf" -f "$sim/bmc.emu" -s "$sim/state" \
+  <&3 >"$sim/ipmi_sim.log" 2>&1 &
+sim_pid=$!
+exec 3>&-
+extern_bmc=(
+  -chardev "socket,id=ipmi0,host=127.0.0.1,port=$sim_port,reconnect=1"
+  -device ipmi-bmc-extern,chardev=ipmi0,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0
+)
 storage=(
   -drive "if=ide,index=0,$(disk ide 40M)"
   -drive "if=ide,index=2,media=cdrom"
@@ -110,7 +188,8 @@ boot() {
   echo "boot $name: exit status $status, $((SECONDS - begun)) s"
   echo "$status" >"$work/$name.status"
 }
-boot main 120 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
+boot main 120 "${machine[@]}" "${extern_bmc[@]}" "${storage[@]}"
+stop_sim
 boot cold 60 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
 boot nobmc 90 "${machine[@]}" "${storage[@]}"
 
@@ -122,6 +201,8 @@ if [[ $status -ne 0 ]]; then
     cat "$work/$name.qemu.log"
     tail -n 30 "$work/$name.log"
   done
+  echo "== ipmi_sim's messages, then its chassis-control calls"
+  cat "$sim/ipmi_sim.log" "$sim/chassis.log" 2>/dev/null || true
 fi
 echo "virtual-server test: $((SECONDS - started)) s in all (${accel[*]})"
 exit $status
