@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Fails when any ELF object, library or program in the build folder is not
-# 32-bit x86.
+# 32-bit x86. The virtual-server test's work folder is left out: it holds
+# Debian's 64-bit kernel and tools, fetched to run the guest, not built here.
 set -euo pipefail
 dir=${1:-build/release}
 bad=0
@@ -14,6 +15,7 @@ while IFS= read -r -d '' f; do
       fi
       echo "not 32-bit x86: $f: $desc"; bad=1 ;;
   esac
-done < <(find "$dir" -type f \( -name '*.o' -o -name '*.so' -o -perm -u+x \) -not -path '*/CMakeFiles/*.dir/*.cmake' -print0)
+done < <(find "$dir" -path "$dir/tests/vm/work" -prune -o -type f \( -name '*.o' -o -name '*.so' -o -perm -u+x \) \
+  -not -path '*/CMakeFiles/*.dir/*.cmake' -print0)
 [[ $bad -eq 0 ]] && echo "all ELF objects in $dir are 32-bit x86"
 exit $bad
