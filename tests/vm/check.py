@@ -16,6 +16,10 @@ STORAGE_CLASSES = {"0100", "0101", "0104", "0105", "0106", "0107", "0c04"}
 failures = 0
 
 
+def hex_text(data):
+    return " ".join(f"{byte:02x}" for byte in data)
+
+
 def check(name, expected, actual):
     global failures
     passed = expected == actual and expected not in ("", None)
@@ -257,7 +261,7 @@ class SimulatedController:
         return "00"
 
     def get(self):
-        return " ".join(f"{byte:02x}" for byte in [1, 5, 0, self.selector << 2, 0, 0, 0])
+        return hex_text([1, 5, 0, self.selector << 2, 0, 0, 0])
 
 
 def flags_read(text):
@@ -307,7 +311,7 @@ def boot_option_sets(work):
             message = unescape(message)
             if message[1:3] == [0x04, 0x08] and len(message) > 3:
                 answers[message[0]] = f"{message[3]:02x}"
-    return [(" ".join(f"{byte:02x}" for byte in request), answers.get(sequence))
+    return [(hex_text(request), answers.get(sequence))
             for sequence, request in requests]
 
 
@@ -343,7 +347,7 @@ def check_boot_order(boot, work):
         performed = json_answer(boot.section(f"bootorder.{step}"))
         check(f"setbootorder.perform.{step}.ErrorCode", 0, performed.get("ErrorCode"))
         check(f"setbootorder.perform.{step}.request",
-              " ".join(f"{byte:02x}" for byte in request), received)
+              hex_text(request), received)
         check(f"setbootorder.perform.{step}.controller-answer", expected_answer, answer)
         check(f"setbootorder.perform.{step}.bootflags", controller.get(),
               flags_read(boot.section(f"bootflags.{step}")))
@@ -352,8 +356,7 @@ def check_boot_order(boot, work):
         check(f"setbootorder.perform.{step}.query.CurrentOrder", name,
               current_order(boot.section(f"bootorder.query.{step}")))
     restart = sets[len(BOOT_ORDER_STEPS)] if len(sets) > len(BOOT_ORDER_STEPS) else (None, None)
-    check("reboot.target-PXE.request", " ".join(f"{byte:02x}" for byte in RESTART_REQUEST),
-          restart[0])
+    check("reboot.target-PXE.request", hex_text(RESTART_REQUEST), restart[0])
     check("boot-flags.no-further-sets", len(BOOT_ORDER_STEPS) + 1, len(sets))
 
 

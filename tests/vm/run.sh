@@ -99,37 +99,18 @@ bmc=(-device ipmi-bmc-sim,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0)
 # every second) on a free loopback port. ipmi_sim answers Set and Get System
 # Boot Options, parameter 5, through its chassis-control program: it hands
 # over the boot device by name ("set boot cdrom") and asks for it back ("get
-# boot"). The program here keeps each name in a file and logs every call.
+# boot"); chassis_control.sh keeps each name in a file and logs every call.
 # As root the simulator runs as "nobody". A time limit bounds it; the trap
 # ends it in any case.
 sim=$work/ipmi_sim
 rm -rf "$sim"
 mkdir -p "$sim/state"
 sim_port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
-cat >"$sim/chassis.sh" <<EOF
-#!/bin/sh
-# chassis.sh MC get NAME... | MC set NAME VALUE...
-echo "\$*" >>"$sim/chassis.log"
-shift
-operation=\$1
-shift
-if [ "\$operation" = get ]; then
-  for name in "\$@"; do
-    echo "\$name:\$(cat "$sim/value.\$name" 2>/dev/null || echo none)"
-  done
-elif [ "\$operation" = set ]; then
-  while [ \$# -ge 2 ]; do
-    echo "\$2" >"$sim/value.\$1"
-    shift 2
-  done
-fi
-EOF
-chmod 755 "$sim/chassis.sh"
 cat >"$sim/lan.conf" <<EOF
 name "tidewell"
 set_working_mc 0x20
   serial kcs 127.0.0.1 $sim_port codec VM
-  chassis_control "$sim/chassis.sh 0x20"
+  chassis_control "$here/chassis_control.sh $sim 0x20"
 EOF
 cat >"$sim/bmc.emu" <<EOF
 mc_setbmc 0x20
