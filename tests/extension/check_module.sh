@@ -3,7 +3,8 @@
 # Usage: check_module.sh exports|runtime MODULE SANITIZED
 #   exports: the dynamic symbol table defines exactly ZRAPPExtensionProc and
 #            InitializeLibrary (nm -D --defined-only);
-#   runtime: ldd shows no libstdc++ and no libgcc_s: the module needs nothing
+#   runtime: its libraries (scripts/elf-libraries.sh, from the ELF headers)
+#            hold no libstdc++ and no libgcc_s: the module needs nothing
 #            beyond the i386 C library (and POSIX threads, part of it).
 # SANITIZED=ON: the sanitizer build links the shared C++ runtime on purpose;
 # the check is skipped (exit 77).
@@ -22,7 +23,7 @@ case "$check" in
       echo "FAIL: expected exactly:"; echo "$expected"; exit 1
     fi ;;
   runtime)
-    deps=$(ldd "$module")
+    deps=$("$(dirname "$0")/../../scripts/elf-libraries.sh" "$module" 2>&1) || deps+=$'\nnot found'
     echo "$deps"
     if grep -Eq 'libstdc\+\+|libgcc_s|not found' <<<"$deps"; then
       echo "FAIL: the module needs the C++ runtime or a missing library"; exit 1

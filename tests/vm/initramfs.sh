@@ -22,16 +22,13 @@ ln -s busybox "$root/bin/sh"
 cp "$here/guest_init.sh" "$root/init"
 chmod 755 "$root/init"
 
-# A program and the shared libraries the dynamic linker finds for it, each at
-# the path it has here (the guest has the same merged /usr layout).
+# The shared libraries of programs, from their ELF headers, each at the path
+# it has here (the guest has the same merged /usr layout).
 with_libraries() {
-  local file
-  for file in "$@"; do
-    ldd "$file" | awk '/=> \// { print $3 } /^[ \t]*\// { print $1 }' |
-      while read -r library; do
-        mkdir -p "$root$(dirname "$library")"
-        cp -L "$library" "$root$library"
-      done
+  local library
+  "$here/../../scripts/elf-libraries.sh" "$@" | while read -r library; do
+    mkdir -p "$root$(dirname "$library")"
+    cp -L "$library" "$root$library"
   done
 }
 cp "$shell" "$module" "$probe" "$root/tidewell/"
