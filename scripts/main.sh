@@ -4,7 +4,7 @@
 #   scripts/main.sh [--port N] [--machine FILE]
 #     serves the sample setup UI (content/) on http://127.0.0.1:N/ (default
 #     8080) through the web bridge, against the simulated server FILE
-#     (default sim/machines/corvane-dl380-g7.xml), until Ctrl-C;
+#     (default sim/machines/corvane-quillon.xml), until Ctrl-C;
 #   scripts/main.sh --once
 #     starts the bridge the same way, shows a few pages through it and ends.
 # Without a terminal on standard input (CI), it does what --once does, so it
@@ -14,7 +14,7 @@ set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 
-once=auto port= machine=sim/machines/corvane-dl380-g7.xml
+once=auto port= machine=sim/machines/corvane-quillon.xml
 while [[ $# -gt 0 ]]; do
   case "$1" in
     --once) once=yes ;;

@@ -48,7 +48,7 @@ TEST(AllStorage, BlockListTakesBothLayoutsSortedAndFollowsNoLinks)
     fs::create_directories(device / "host0/target0:0:0/0:0:0:0");
     fs::create_directory_symlink(disks / "sdz", device / "host0/target0:0:0/0:0:0:0/block:sdz");
     fs::create_directory_symlink(disks / "sdz",
-                                 device / "host0/target0:0:0/0:0:0:0/block:cciss!c0d0");
+                                 device / "host0/target0:0:0/0:0:0:0/block:strata!c0d0");
     fs::create_directories(device / "block:sda"); // a folder of that name counts as well
     // Links elsewhere are never followed: neither back up nor to other disks.
     fs::create_directory_symlink(scratch.path, device / "subsystem");
@@ -56,8 +56,8 @@ TEST(AllStorage, BlockListTakesBothLayoutsSortedAndFollowsNoLinks)
 
     const std::vector<std::string> expected = {
         "block:sda",
-        "host0/target0:0:0/0:0:0:0/block:cciss!c0d0",
         "host0/target0:0:0/0:0:0:0/block:sdz",
+        "host0/target0:0:0/0:0:0:0/block:strata!c0d0",
         "host1/target1:0:0/1:0:0:0/block/sdb",
         "host1/target1:0:0/1:0:0:0/block/sdc",
     };

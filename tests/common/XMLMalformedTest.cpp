@@ -101,7 +101,7 @@ TEST(XMLMalformed, EveryPrefixOfADocumentTerminates)
 {
     const std::string document =
         "<?xml version=\"1.0\"?><!-- c --><AllStorage PCIDeviceCount=\"1\">\n"
-        "  <PCIDevice Index=\"0\" Name='Smart Array'>\n"
+        "  <PCIDevice Index=\"0\" Name='Stratum Array'>\n"
         "    <BlockDevice DeviceNode=\"/dev/sda\" Size=\"512\"/>\n"
         "    <![CDATA[x]]>\n"
         "  </PCIDevice>\n"

@@ -67,7 +67,7 @@ TEST(XMLScanner, ReadAttributeSplitsNameAndTheValueBetweenItsDelimiters)
         {" id=\"1A2B00C13C4DABCD\" next", "id", "1A2B00C13C4DABCD", 23},
         // White space, slash and greater-than stay inside quotes.
         {"value='C:\\Program Files\\a/b>c'/>", "value", "C:\\Program Files\\a/b>c", 30},
-        {"Name=\"Smart Array 5i/532\">", "Name", "Smart Array 5i/532", 25},
+        {"Name=\"Stratum Array 5e/532\">", "Name", "Stratum Array 5e/532", 27},
         {"a=\"&lt;&amp;&#65;\"", "a", "&lt;&amp;&#65;", 18}, // not unescaped
         {"checked>", "checked", "", 7},
         // The value lies between the character after '=' and the last one.
@@ -117,15 +117,15 @@ TEST(XMLScanner, ExtractAttributesStepsOverTheClosingCharacterAndTheLastDuplicat
 
 TEST(XMLScanner, ReadTextRunsToTheNextLessThanSignOrTheEnd)
 {
-    Common::string text("Smart Array &amp; more </name>");
+    Common::string text("Stratum Array &amp; more </name>");
     unsigned pos = 0;
-    EXPECT_EQ("Smart Array &amp; more ", str(XMLParser::readText(text, pos)));
-    EXPECT_EQ(23u, pos);
+    EXPECT_EQ("Stratum Array &amp; more ", str(XMLParser::readText(text, pos)));
+    EXPECT_EQ(25u, pos);
     EXPECT_EQ("", str(XMLParser::readText(text, pos)));
-    EXPECT_EQ(23u, pos);
-    pos = 25;
+    EXPECT_EQ(25u, pos);
+    pos = 27;
     EXPECT_EQ("name>", str(XMLParser::readText(text, pos)));
-    EXPECT_EQ(30u, pos);
+    EXPECT_EQ(32u, pos);
 }
 
 TEST(XMLParse, DocumentsGiveTheTreeTheyDescribe)
@@ -142,8 +142,8 @@ TEST(XMLParse, DocumentsGiveTheTreeTheyDescribe)
         {"<a v=\"&quot;x&quot; &lt;\"></a>", "<a v=\"&quot;x&quot; &lt;\"/>"},
         {"<r><a/><b /><c x=\"1\"/><d x=\"1\" /></r>", "<r><a/><b/><c x=\"1\"/><d x=\"1\"/></r>"},
         // Attributes in any order are kept in name order; the last duplicate wins.
-        {"<P VendorID=\"0E11\" Bus=\"02\" Name=\"Smart Array\" Index=\"0\"></P>",
-         "<P Bus=\"02\" Index=\"0\" Name=\"Smart Array\" VendorID=\"0E11\"/>"},
+        {"<P VendorID=\"0E11\" Bus=\"02\" Name=\"Stratum Array\" Index=\"0\"></P>",
+         "<P Bus=\"02\" Index=\"0\" Name=\"Stratum Array\" VendorID=\"0E11\"/>"},
         {"<a k=\"1\" k=\"2\"></a>", "<a k=\"2\"/>"},
         {"\n\t <a \n x=\"1\"\t>\n <b\n/> \n</a >\n", "<a x=\"1\"><b> \n</b></a>"},
         // Tags are case-sensitive; end-tag names are not compared.
@@ -161,8 +161,8 @@ TEST(XMLParse, DocumentsGiveTheTreeTheyDescribe)
 
 TEST(XMLParse, TextIsWhatFollowsAStartTagKeptExactly)
 {
-    ElementPtr root = parse("<a> Smart Array &amp; 5i&#47;532\n\t</a>");
-    EXPECT_EQ(" Smart Array &amp; 5i&#47;532\n\t", str(root->text()));
+    ElementPtr root = parse("<a> Stratum Array &amp; 5e&#47;532\n\t</a>");
+    EXPECT_EQ(" Stratum Array &amp; 5e&#47;532\n\t", str(root->text()));
     root = parse("<a>\n  <b>x</b>\n</a>");
     EXPECT_EQ("\n  ", str(root->text()));
     EXPECT_EQ("x", str(child(root, 0)->text()));

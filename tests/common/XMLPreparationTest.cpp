@@ -44,7 +44,7 @@ TEST(XMLDeclaration, EverythingUpToTheFirstQuestionMarkGreaterThanIsDropped)
 TEST(XMLComments, CommentsAreRemovedAnywhereAndAnUnterminatedOneCutsTheRest)
 {
     expectWritten({
-        {"<name>Smart <!-- not this -->Array</name>", "<name>Smart Array</name>"},
+        {"<name>Stratum <!-- not this -->Array</name>", "<name>Stratum Array</name>"},
         {"<a><!--\n<b x=\"1\"/>\n<c>\n--><d/></a>", "<a><d/></a>"},
         {"<a>x<!--1--><!--2-->y</a>", "<a>xy</a>"},
         {"<a>x-<!-- - -- --->y</a>", "<a>x-y</a>"},

@@ -25,7 +25,7 @@ const char* const kNamesDatabase =
     "<AllBoards>\n"
     "  <PCI>\n"
     "    <dev id=\"0E11B0600E114030\">\n"
-    "      <name>Smart Array 5i/532</name>\n"
+    "      <name>Stratum Array 5e/532</name>\n"
     "    </dev>\n"
     "    <dev id=\"1A2B00C13C4DABCD\">\n"
     "      <name>Example Board</name>\n"
@@ -47,8 +47,8 @@ TEST(XMLRoundTripNamesDatabase, WrittenOnOneLineAfterOneWriteAndReadBackTheSame)
     EXPECT_EQ(7u, childCount(root->getElement("PCI")));
     // White-space text of elements with children is not written.
     std::string once = write(root);
-    EXPECT_EQ(0u, once.find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>Smart Array "
-                            "5i/532</name></dev><dev id=\"1A2B00C13C4DABCD\"><name>"));
+    EXPECT_EQ(0u, once.find("<AllBoards><PCI><dev id=\"0E11B0600E114030\"><name>Stratum Array "
+                            "5e/532</name></dev><dev id=\"1A2B00C13C4DABCD\"><name>"));
     EXPECT_NE(std::string::npos, once.find("<name>R&amp;D &lt;1&gt;</name>"));
     expectWriterFixpoint(kNamesDatabase);
 }
@@ -57,11 +57,11 @@ TEST(XMLRoundTripNamesDatabase, WrittenOnOneLineAfterOneWriteAndReadBackTheSame)
 const char* const kStorageInventory =
     "<AllStorage PCIDeviceCount=\"2\">"
     "<PCIDevice BlockDeviceCount=\"2\" BootOrder=\"0\" Bus=\"02\" ClassCode=\"01\" Device=\"00\" "
-    "DeviceID=\"B060\" Function=\"00\" Index=\"0\" Name=\"Smart Array 5i/532\" Slot=\"0\" "
+    "DeviceID=\"B060\" Function=\"00\" Index=\"0\" Name=\"Stratum Array 5e/532\" Slot=\"0\" "
     "SubClassCode=\"04\" SubsystemID=\"0E114030\" VendorID=\"0E11\">"
-    "<BlockDevice DeviceNode=\"/dev/cciss/c0d0\" DriveNumber=\"1\" Index=\"0\" Removable=\"0\" "
+    "<BlockDevice DeviceNode=\"/dev/strata/c0d0\" DriveNumber=\"1\" Index=\"0\" Removable=\"0\" "
     "Size=\"73407865856\"/>"
-    "<BlockDevice DeviceNode=\"/dev/cciss/c0d1\" DriveNumber=\"2\" Index=\"1\" Removable=\"0\" "
+    "<BlockDevice DeviceNode=\"/dev/strata/c0d1\" DriveNumber=\"2\" Index=\"1\" Removable=\"0\" "
     "Size=\"146815733760\"/>"
     "</PCIDevice>"
     "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"1\" Bus=\"00\" ClassCode=\"01\" Device=\"00\" "

@@ -34,7 +34,7 @@ TEST(StartUpJob, FirstRequestSavesTheInventoryThatTheStoragePageWrites)
     Sim::Machine machine;
     machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);
     machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A22, 0x01, 0x06);
-    machine.addDisk({{3, 0, 0}, "cciss!c0d0", 146778685440});
+    machine.addDisk({{3, 0, 0}, "strata!c0d0", 146778685440});
     machine.addDisk({{0, 0x1F, 2}, "sda", 500107862016, false, true});
     auto check = [](Sim::Machine&)
     {
@@ -42,7 +42,7 @@ TEST(StartUpJob, FirstRequestSavesTheInventoryThatTheStoragePageWrites)
         const std::string saved = contentFolder() + "cfg/allstorage.xml";
         TestSupport::putContent("cfg/allboards.xml",
                                 "<AllBoards><PCI><dev id=\"103C323A0E113245\">"
-                                "<name>Smart Array P410i</name></dev></PCI></AllBoards>");
+                                "<name>Stratum Array R4e</name></dev></PCI></AllBoards>");
         EXPECT_FALSE(TestSupport::exists(saved));
 
         // The first request is answered; the job runs on beside it.
@@ -54,7 +54,7 @@ TEST(StartUpJob, FirstRequestSavesTheInventoryThatTheStoragePageWrites)
             TestSupport::runPage("allstorage.nsp", "Command=Create&AllBoardsXML=" + boards +
                                                        "&AllStorageXML=" + dir.file("page.xml")));
         const std::string written = readFile(dir.file("page.xml"));
-        EXPECT_NE(std::string::npos, written.find("Name=\"Smart Array P410i\""));
+        EXPECT_NE(std::string::npos, written.find("Name=\"Stratum Array R4e\""));
         EXPECT_NE(std::string::npos, written.find("DeviceNode=\"/dev/sda\""));
         EXPECT_EQ(written, awaitFile(saved, written));
     };

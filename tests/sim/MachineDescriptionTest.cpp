@@ -25,12 +25,12 @@ TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
     Sim::Machine machine;
     std::string error;
     ASSERT_TRUE(
-        Sim::MachineDescription::Load(SIM_MACHINES_DIR "/corvane-dl380-g7.xml", machine, error))
+        Sim::MachineDescription::Load(SIM_MACHINES_DIR "/corvane-quillon.xml", machine, error))
         << error;
     auto check = [](Sim::Machine&)
     {
         Common::System::SMBios smbios;
-        EXPECT_EQ("Corvane DL380 G7", str(smbios.GetProductName()));
+        EXPECT_EQ("Corvane Quillon 2U", str(smbios.GetProductName()));
         EXPECT_EQ("0725", str(smbios.GetServerID()));
         EXPECT_EQ("16384", str(smbios.GetTotalRAM()));
         EXPECT_TRUE(IsNVRAMSupported());

@@ -88,7 +88,7 @@ TEST(SimulatedHardware, WritesTheMachinesProcAndSysFiles)
 TEST(Machine, IplTableListsEntriesWithTheirDescriptions)
 {
     Sim::Machine machine;
-    machine.installIplTable({{3, {0, 0x1F, 1}, "CD-ROM"}, {2, {4, 0, 0}, "Smart Array"}});
+    machine.installIplTable({{3, {0, 0x1F, 1}, "CD-ROM"}, {2, {4, 0, 0}, "Stratum Array"}});
     std::vector<std::uint8_t> table = machine.memory().read(0xF4000, 4 + 3 * 16);
     EXPECT_EQ("$IPL", std::string(table.begin(), table.begin() + 4));
     EXPECT_EQ(3, table[4]);

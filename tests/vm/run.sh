@@ -88,8 +88,8 @@ machine=(
   "${accel[@]}" -cpu max,smap=off -machine pc,smbios-entry-point-type=32 -m 256
   -bios "$firmware" -nodefaults -display none -serial stdio -monitor none -no-reboot
   -kernel "$kernel" -initrd "$work/initramfs.gz"
-  -smbios "type=0,vendor=Tidewell Virtual Firmware,version=P67 v2.04,date=03/14/2024"
-  -smbios "type=1,manufacturer=Corvane,product=ProLine DL380 G7,serial=CZJ0123ABC"
+  -smbios "type=0,vendor=Tidewell Virtual Firmware,version=VQ14 v2.04,date=03/14/2024"
+  -smbios "type=1,manufacturer=Corvane,product=Quillon 2U,serial=CZJ0123ABC"
   -smbios "type=3,manufacturer=Corvane,asset=ASSET-0042"
   -smbios "file=$work/smbios-193.bin" -smbios "file=$work/smbios-195.bin"
 )

@@ -11,7 +11,7 @@ const { workingContent } = require('../workingContent');
 
 const top = path.resolve(__dirname, '../../..');
 const content = path.join(top, 'content');
-const rackServer = path.join(top, 'sim/machines/corvane-dl380-g7.xml');
+const rackServer = path.join(top, 'sim/machines/corvane-quillon.xml');
 
 function unprivileged() {
   if (process.getuid() !== 0) return {};

@@ -104,8 +104,8 @@ test('setup pages in Chromium', async (t) => {
     const rows = Object.fromEntries(await page.$$eval('#summary tr',
       (trs) => trs.map((tr) => [tr.querySelector('th').textContent, tr.querySelector('td').textContent])));
     assert.deepEqual(rows, {
-      Product: 'Corvane DL380 G7', 'Serial number': 'CZ2113ABCD', 'Asset tag': 'ASSET-0042',
-      'Server ID': '0725', 'System ID': 'ZR0A0725', 'System ROM': 'P67 (05/05/2011)',
+      Product: 'Corvane Quillon 2U', 'Serial number': 'CZ2113ABCD', 'Asset tag': 'ASSET-0042',
+      'Server ID': '0725', 'System ID': 'ZR0A0725', 'System ROM': 'VQ14 (05/05/2011)',
       'Redundant ROM date': '12/01/2010', Memory: '16384 MB', 'ROM environment variables': 'Yes',
       'Management processor': 'No',
     });
@@ -123,8 +123,8 @@ test('setup pages in Chromium', async (t) => {
     assert.deepEqual(cards, [
       { name: 'Embedded SATA Controller', rows: { 'PCI address': '00:1F.02', Slot: 'embedded', 'Boot order': '0', Disks: 'none' } },
       { name: '8Gb Fibre Channel Host Bus Adapter', rows: { 'PCI address': '04:00.00', Slot: '2', 'Boot order': '1', 'Disk 1': '/dev/sdb, 1099.5 GB' } },
-      { name: 'Smart Array P410i Controller', rows: { 'PCI address': '03:00.00', Slot: 'embedded', 'Boot order': '2',
-        'Disk 1': '/dev/cciss/c0d0, 146.8 GB', 'Disk 2': '/dev/cciss/c0d1, 300.0 GB' } },
+      { name: 'Stratum Array R4e Controller', rows: { 'PCI address': '03:00.00', Slot: 'embedded', 'Boot order': '2',
+        'Disk 1': '/dev/strata/c0d0, 146.8 GB', 'Disk 2': '/dev/strata/c0d1, 300.0 GB' } },
     ]);
     await photograph(page, 'storage');
   });
@@ -171,7 +171,7 @@ test('setup pages in Chromium', async (t) => {
     const expected = await page.evaluate(fetchAll, pages);
     const rounds = await Promise.all([page, second, page, second].map((tab) => tab.evaluate(fetchAll, pages)));
     for (const round of rounds) assert.deepEqual(round, expected);
-    assert.match(expected[2], /"ProductName":"Corvane DL380 G7"/);
+    assert.match(expected[2], /"ProductName":"Corvane Quillon 2U"/);
   });
 
   await t.test('no page raised a script error', () => {

@@ -15,9 +15,9 @@ Sim::SmbiosBuilder fullServer()
 {
     Sim::SmbiosBuilder table;
     table.bios("Velmar", "P56", "02/14/2011")
-        .system("Velmar", "Corvane DL380 G7", "CZ1234ABCD")
+        .system("Velmar", "Corvane Quillon 2U", "CZ1234ABCD")
         .chassis("ASSET-0042")
-        .processor("Intel")
+        .processor("Kestrel")
         .memoryDevice(4096)
         .redundantRomDate("11/30/2010")
         .systemId("ZR0A0725");
@@ -51,13 +51,13 @@ TEST(SMBios, GettersAnswerFromStandardAndOemRecords)
         EXPECT_EQ("P56", str(smbios.GetROMName()));
         EXPECT_EQ("02/14/2011", str(smbios.GetROMDate()));
         EXPECT_EQ("11/30/2010", str(smbios.GetRedundantROMDate()));
-        EXPECT_EQ("Corvane DL380 G7", str(smbios.GetProductName()));
+        EXPECT_EQ("Corvane Quillon 2U", str(smbios.GetProductName()));
         EXPECT_EQ("CZ1234ABCD", str(smbios.GetSerialNumber()));
         EXPECT_EQ("ASSET-0042", str(smbios.GetAssetTag()));
         EXPECT_EQ("ZR0A0725", str(smbios.GetSystemID()));
         EXPECT_EQ("0725", str(smbios.GetServerID()));
         EXPECT_EQ("4096", str(smbios.GetTotalRAM()));
-        EXPECT_EQ("Intel", str(smbios.GetProcessorManufacturer()));
+        EXPECT_EQ("Kestrel", str(smbios.GetProcessorManufacturer()));
 
         unsigned char* system = smbios.GetRecordByType(1);
         ASSERT_NE(nullptr, system);
@@ -207,7 +207,7 @@ TEST(SMBios, CorruptStructuresEndTheWalkWithoutReadingPastTheTable)
                    EXPECT_EQ("", str(smbios.GetServerID()));
                });
     // A field beyond a short formatted area is not read.
-    withTables(Sim::SmbiosBuilder().structure(4, {0, 3, 0, 1}, {"Intel"}), [](SMBios& smbios)
+    withTables(Sim::SmbiosBuilder().structure(4, {0, 3, 0, 1}, {"Kestrel"}), [](SMBios& smbios)
                { EXPECT_EQ("unknown", str(smbios.GetProcessorManufacturer())); });
 }
 

@@ -24,12 +24,12 @@ const char kNames[] = "<?xml version=\"1.0\"?>\n"
                       " <Other><dev id=\"1000003000000000\"><name>outside</name></dev></Other>\n"
                       " <PCI>\n"
                       "  <dev id=\"103C323A0E113245\"><name>First entry</name></dev>\n"
-                      "  <dev id=\"103C323A0E113245\"><name>Smart Array P410i</name></dev>\n"
+                      "  <dev id=\"103C323A0E113245\"><name>Stratum Array R4e</name></dev>\n"
                       "  <dev id=\"103C323A0E113245\"><label>no name</label></dev>\n"
                       "  <dev id=\"107725320e113262\"><name>lower-case key</name></dev>\n"
                       "  <dev id=\"80863A200E11330D\"><name></name></dev>\n"
                       "  <item id=\"1000003000000000\"><name>not a dev</name></item>\n"
-                      "  <dev id=\"1000003000000000\"><name>LSI 53C1030</name></dev>\n"
+                      "  <dev id=\"1000003000000000\"><name>Sample Ultra320 SCSI Controller</name></dev>\n"
                       " </PCI>\n"
                       " <PCI><dev id=\"107725320E113262\"><name>second PCI</name></dev></PCI>\n"
                       "</AllBoards>\n";
@@ -106,10 +106,10 @@ void addStorage(Sim::Machine& machine)
     machine.addFunction({2, 0, 0}, 0x14E4, 0x1639, 0x02, 0x00);    // network
     machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);
     machine.addFunction({4, 0, 0}, 0x1077, 0x2532, 0x0C, 0x04).subsystem(0x0E11, 0x3262);
-    machine.addDisk({{3, 0, 0}, "cciss!c0d0", 73407865856, true});
-    machine.addDisk({{3, 0, 0}, "cciss!c0d1", 0});
-    machine.addDisk({{3, 0, 0}, "cciss!c0d3", 300000000000});
-    machine.addDisk({{3, 0, 0}, "cciss!c0d2", 146778685440});
+    machine.addDisk({{3, 0, 0}, "strata!c0d0", 73407865856, true});
+    machine.addDisk({{3, 0, 0}, "strata!c0d1", 0});
+    machine.addDisk({{3, 0, 0}, "strata!c0d3", 300000000000});
+    machine.addDisk({{3, 0, 0}, "strata!c0d2", 146778685440});
     machine.addDisk({{4, 0, 0}, "sdb", 1000204886016, false, true});
     machine.addDisk({{4, 0, 0}, "sda", 500107862016, false, true});
     machine.addDisk({{0, 0x1F, 2}, "sr0", 0, true});
@@ -129,7 +129,7 @@ TEST(AllStoragePage, DocumentOfControllersNamesAndDisks)
         EXPECT_EQ(
             "<AllStorage PCIDeviceCount=\"4\">"
             "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"0\" Bus=\"00\" ClassCode=\"01\" "
-            "Device=\"00\" DeviceID=\"0030\" Function=\"00\" Index=\"0\" Name=\"LSI 53C1030\" "
+            "Device=\"00\" DeviceID=\"0030\" Function=\"00\" Index=\"0\" Name=\"Sample Ultra320 SCSI Controller\" "
             "Slot=\"0\" SubClassCode=\"00\" SubsystemID=\"00000000\" VendorID=\"1000\"/>"
             "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"1\" Bus=\"00\" ClassCode=\"01\" "
             "Device=\"1F\" DeviceID=\"3A20\" Function=\"02\" Index=\"1\" Name=\"\" Slot=\"0\" "
@@ -144,11 +144,11 @@ TEST(AllStoragePage, DocumentOfControllersNamesAndDisks)
             "Size=\"1000204886016\"/></PCIDevice>"
             "<PCIDevice BlockDeviceCount=\"2\" BootOrder=\"3\" Bus=\"03\" ClassCode=\"01\" "
             "Device=\"00\" DeviceID=\"323A\" Function=\"00\" Index=\"3\" "
-            "Name=\"Smart Array P410i\" Slot=\"0\" SubClassCode=\"04\" SubsystemID=\"0E113245\" "
+            "Name=\"Stratum Array R4e\" Slot=\"0\" SubClassCode=\"04\" SubsystemID=\"0E113245\" "
             "VendorID=\"103C\">"
-            "<BlockDevice DeviceNode=\"/dev/cciss/c0d2\" DriveNumber=\"1\" Index=\"0\" "
+            "<BlockDevice DeviceNode=\"/dev/strata/c0d2\" DriveNumber=\"1\" Index=\"0\" "
             "Removable=\"0\" Size=\"146778685440\"/>"
-            "<BlockDevice DeviceNode=\"/dev/cciss/c0d3\" DriveNumber=\"2\" Index=\"1\" "
+            "<BlockDevice DeviceNode=\"/dev/strata/c0d3\" DriveNumber=\"2\" Index=\"1\" "
             "Removable=\"0\" Size=\"300000000000\"/></PCIDevice>"
             "</AllStorage>",
             inventoryWith(kNames));

@@ -14,10 +14,10 @@ namespace
 Sim::SmbiosBuilder fullTables()
 {
     Sim::SmbiosBuilder tables;
-    tables.bios("Velmar", "P67", "05/05/2011")
-        .system("Velmar", "Corvane \"DL380\" G7", "CZ2113ABCD")
+    tables.bios("Velmar", "VQ14", "05/05/2011")
+        .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
         .chassis("ASSET-0042")
-        .processor("Intel")
+        .processor("Kestrel")
         .memoryDevice(8192)
         .memoryDevice(8192)
         .memoryDevice(4, 0x09) // flash: not counted
@@ -30,8 +30,8 @@ std::string summary(const char* environmentVariables, const char* managementProc
 {
     return std::string("{\"ErrorCode\":0,\"EVSupport\":\"") + environmentVariables +
            "\",\"WD100Support\":\"" + managementProcessor +
-           "\",\"ROMName\":\"P67\",\"ROMDate\":\"05/05/2011\","
-           "\"RedundantROMDate\":\"12/01/2010\",\"ProductName\":\"Corvane \"DL380\" G7\","
+           "\",\"ROMName\":\"VQ14\",\"ROMDate\":\"05/05/2011\","
+           "\"RedundantROMDate\":\"12/01/2010\",\"ProductName\":\"Corvane \"Quillon\" 2U\","
            "\"ServerID\":\"0725\",\"SystemID\":\"ZR0A0725\",\"SerialNumber\":\"CZ2113ABCD\","
            "\"AssetTag\":\"ASSET-0042\",\"TotalRAM\":\"16384\"}";
 }
