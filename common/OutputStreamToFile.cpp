@@ -9,7 +9,7 @@ namespace Common
 
 OutputStreamToFile::OutputStreamToFile(string const& path, bool append)
     : m_fd(::open(path.c_str(),
-                  O_WRONLY | O_CREAT | O_LARGEFILE | O_CLOEXEC | (append ? O_APPEND : O_TRUNC),
+                  O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : O_TRUNC),
                   0644))
 {
 }

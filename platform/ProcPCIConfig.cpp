@@ -11,7 +11,7 @@ namespace
 // Positions `fd` at `offset` exactly; false when the seek lands elsewhere.
 bool seekTo(int fd, long long offset)
 {
-    return offset >= 0 && ::lseek64(fd, static_cast<off64_t>(offset), SEEK_SET) == offset;
+    return offset >= 0 && ::lseek(fd, static_cast<off_t>(offset), SEEK_SET) == offset;
 }
 
 template <class Transfer> bool transferAll(Transfer transfer, int length)

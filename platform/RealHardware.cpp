@@ -36,8 +36,8 @@ int RealHardware::openMemory(bool writable)
 
 bool RealHardware::readMemory(int memory, unsigned long long address, void* buffer, unsigned length)
 {
-    off64_t position = static_cast<off64_t>(address);
-    if (::lseek64(memory, position, SEEK_SET) != position)
+    off_t position = static_cast<off_t>(address);
+    if (::lseek(memory, position, SEEK_SET) != position)
         return false;
     char* into = static_cast<char*>(buffer);
     while (length > 0)
@@ -58,7 +58,7 @@ void* RealHardware::mapMemory(int memory, unsigned long long address, unsigned l
 {
     int protection = PROT_READ | (writable ? PROT_WRITE : 0) | (executable ? PROT_EXEC : 0);
     void* mapping =
-        ::mmap64(nullptr, length, protection, MAP_SHARED, memory, static_cast<off64_t>(address));
+        ::mmap(nullptr, length, protection, MAP_SHARED, memory, static_cast<off_t>(address));
     return mapping == MAP_FAILED ? nullptr : mapping;
 }
 

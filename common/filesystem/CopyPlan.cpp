@@ -1,6 +1,5 @@
 #include "common/filesystem/CopyPlan.h"
 
-#include "common/OutputStreamToFile.h"
 #include "common/filesystem/CopyProgress.h"
 #include "common/filesystem/Filesystem.h"
 #include "common/filesystem/FolderNames.h"
@@ -46,40 +45,78 @@ string folderPart(string const& path, unsigned slash)
 
 bool exists(string const& path)
 {
-    struct stat64 status;
-    return ::stat64(path.c_str(), &status) == 0;
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0;
 }
 
 bool isFolder(string const& path)
 {
-    struct stat64 status;
-    return ::stat64(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// Copies the bytes of `from` into `to` through `buffer`, reporting each chunk.
-bool copyBytes(int from, OutputStream& to, char* buffer, CopyProgress* progress)
+// Copies `length` bytes at `offset` of `from` to the same place in `to`
+// through `buffer`, reporting each chunk. A source that ends early ends the
+// extent there.
+bool copyExtent(int from, int to, off_t offset, off_t length, char* buffer, CopyProgress* progress)
 {
-    for (;;)
+    if (::lseek(from, offset, SEEK_SET) != offset || ::lseek(to, offset, SEEK_SET) != offset)
+        return false;
+    while (length > 0)
     {
-        ssize_t got = ::read(from, buffer, kChunk);
+        size_t want = length < static_cast<off_t>(kChunk) ? static_cast<size_t>(length) : kChunk;
+        ssize_t got = ::read(from, buffer, want);
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
             return false;
         if (got == 0)
             return true;
-        if (!to.Accept(buffer, static_cast<unsigned>(got)))
-            return false;
+        for (ssize_t written = 0; written < got;)
+        {
+            ssize_t put = ::write(to, buffer + written, static_cast<size_t>(got - written));
+            if (put < 0 && errno == EINTR)
+                continue;
+            if (put <= 0)
+                return false;
+            written += put;
+        }
+        length -= got;
         if (progress)
-            progress->BytesCopied(static_cast<unsigned>(got));
+            progress->BytesCopied(static_cast<unsigned long long>(got));
     }
+    return true;
+}
+
+// Copies the first `size` bytes of `from` into `to`. Holes of a sparse source
+// stay holes (the target is only sized over them) and count as copied; a file
+// system that cannot tell holes has one extent of data.
+bool copyBytes(int from, int to, off_t size, char* buffer, CopyProgress* progress)
+{
+    for (off_t at = 0; at < size;)
+    {
+        off_t data = ::lseek(from, at, SEEK_DATA);
+        if (data < 0)
+            data = errno == ENXIO ? size : at;
+        if (data > size)
+            data = size;
+        off_t hole = data < size ? ::lseek(from, data, SEEK_HOLE) : size;
+        if (hole < data || hole > size)
+            hole = size;
+        if (progress && data > at)
+            progress->BytesCopied(static_cast<unsigned long long>(data - at));
+        if (!copyExtent(from, to, data, hole - data, buffer, progress))
+            return false;
+        at = hole;
+    }
+    return ::ftruncate(to, size) == 0;
 }
 
 // True when `path` names the file whose status is `opened`.
-bool isSameFile(string const& path, struct stat64 const& opened)
+bool isSameFile(string const& path, struct stat const& opened)
 {
-    struct stat64 status;
-    return ::stat64(path.c_str(), &status) == 0 && status.st_dev == opened.st_dev &&
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0 && status.st_dev == opened.st_dev &&
            status.st_ino == opened.st_ino;
 }
 
@@ -88,18 +125,20 @@ bool isSameFile(string const& path, struct stat64 const& opened)
 // it for writing would empty.
 bool copyFile(string const& source, string const& target, CopyProgress* progress)
 {
-    int from = ::open(source.c_str(), O_RDONLY | O_LARGEFILE | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    int from = ::open(source.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (from < 0)
         return false;
-    struct stat64 opened;
+    struct stat opened;
     bool copied = false;
-    if (::fstat64(from, &opened) == 0 && S_ISREG(opened.st_mode) && !isSameFile(target, opened))
+    if (::fstat(from, &opened) == 0 && S_ISREG(opened.st_mode) && !isSameFile(target, opened))
     {
-        OutputStreamToFile to(target, false);
+        int to = ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
         char* buffer = new (std::nothrow) char[kChunk];
-        copied = to.isOpen() && buffer && copyBytes(from, to, buffer, progress) &&
-                 ::chmod(target.c_str(), opened.st_mode & 0777) == 0;
+        copied = to >= 0 && buffer && copyBytes(from, to, opened.st_size, buffer, progress) &&
+                 ::fchmod(to, opened.st_mode & 0777) == 0;
         delete[] buffer;
+        if (to >= 0 && ::close(to) != 0)
+            copied = false;
     }
     ::close(from);
     return copied;
@@ -180,8 +219,8 @@ void CopyPlan::planFolderFor(string const& path)
 
 void CopyPlan::planEntry(string const& source, string const& target)
 {
-    struct stat64 status;
-    if (::stat64(source.c_str(), &status) != 0)
+    struct stat status;
+    if (::stat(source.c_str(), &status) != 0)
         m_complete = false;
     else if (S_ISREG(status.st_mode))
     {

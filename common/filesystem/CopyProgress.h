@@ -19,7 +19,7 @@ public:
     // A file copy begins; `source` is the path of the file being read.
     virtual void FileStarted(string const& source) = 0;
     // `count` more bytes of the current file have been written.
-    virtual void BytesCopied(unsigned count) = 0;
+    virtual void BytesCopied(unsigned long long count) = 0;
 };
 
 } // namespace Filesystem

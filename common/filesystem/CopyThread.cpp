@@ -78,7 +78,7 @@ void CopyThread::FileStarted(string const& source)
     m_status.currentFilename = unshared(source);
 }
 
-void CopyThread::BytesCopied(unsigned count)
+void CopyThread::BytesCopied(unsigned long long count)
 {
     Synchronization::ScopedMutexLock hold(m_lock);
     m_status.currentByte += count;

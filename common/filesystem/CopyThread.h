@@ -52,7 +52,7 @@ public:
 private:
     bool proceed() override;
     void FileStarted(string const& source) override;
-    void BytesCopied(unsigned count) override;
+    void BytesCopied(unsigned long long count) override;
 
     string m_source;
     string m_destination;

@@ -22,8 +22,6 @@ const unsigned kRegularFileBit = 0x8000;
 const unsigned kFolderBit = 0x4000;
 
 // Names of the folder's entries whose mode (links followed) has `bit` set.
-// stat64 keeps large inode numbers and file sizes from failing the call in
-// this 32-bit process.
 list<string> listEntries(string folder, unsigned bit)
 {
     folder = _collapseSlashes(_addSlash(folder));
@@ -32,8 +30,8 @@ list<string> listEntries(string folder, unsigned bit)
     list<string> chosen;
     for (list<string>::iterator name = names.begin(); name != names.end(); ++name)
     {
-        struct stat64 status;
-        if (::stat64((folder + *name).c_str(), &status) == 0 && (status.st_mode & bit))
+        struct stat status;
+        if (::stat((folder + *name).c_str(), &status) == 0 && (status.st_mode & bit))
             chosen.push_back(*name);
     }
     return chosen;
@@ -56,8 +54,8 @@ string parentOf(string const& path)
 
 bool getContents(string const& path, string& text)
 {
-    struct stat64 status;
-    if (::stat64(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+    struct stat status;
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
         return false;
     return InputStreamFromFile(path).readBuffer(text);
 }
@@ -65,7 +63,7 @@ bool getContents(string const& path, string& text)
 bool isFile(string const& path)
 {
     int descriptor =
-        ::open(path.c_str(), O_RDONLY | O_LARGEFILE | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0)
         return false;
     ::close(descriptor);
@@ -91,8 +89,8 @@ bool isSymbolicLink(string const& path)
 
 long long getFileSize(string const& path)
 {
-    struct stat64 status;
-    if (::stat64(path.c_str(), &status) != 0)
+    struct stat status;
+    if (::stat(path.c_str(), &status) != 0)
         return 0;
     return status.st_size;
 }

@@ -1,6 +1,12 @@
 #include "common/filesystem/FolderNames.h"
 
 #include <dirent.h>
+#include <sys/types.h>
+
+// Built with 64-bit file offsets (see the top CMakeLists.txt): otherwise
+// readdir fails with EOVERFLOW on entries of file systems with 64-bit inode
+// numbers or directory offsets, and the listing ends early.
+static_assert(sizeof(off_t) == 8 && sizeof(ino_t) == 8, "build with _FILE_OFFSET_BITS=64");
 
 namespace Common
 {
@@ -12,9 +18,7 @@ bool _folderNames(string const& folder, list<string>& names)
     DIR* listing = ::opendir(folder.c_str());
     if (!listing)
         return false;
-    // readdir64: the plain call fails on entries whose inode number does not
-    // fit 32 bits, which would end the listing early in this 32-bit process.
-    while (struct dirent64* entry = ::readdir64(listing))
+    while (struct dirent* entry = ::readdir(listing))
     {
         string name(entry->d_name);
         if (name != "." && name != "..")

@@ -135,3 +135,35 @@ TEST(SystemPage, BackgroundCopyIsPolledToItsEnd)
     EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=job"));
     EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=never"));
 }
+
+TEST(SystemPage, FilesPastFourGiBAreFoundCopiedAndCountedInTheBackground)
+{
+    TestSupport::TempDir dir;
+    TestSupport::makeDirectories(dir.file("src"));
+    const std::string big = dir.file("src/disk.img");
+    ASSERT_EQ(0, ::close(::open(big.c_str(), O_WRONLY | O_CREAT, 0644)));
+    ASSERT_EQ(0, ::truncate(big.c_str(), 5LL << 30)); // a 5 GiB hole
+    EXPECT_EQ(returnCode("1"), systemPage("Command=FileExists&Target=" + big));
+
+    EXPECT_EQ(returnCode("1"),
+              systemPage("Command=Copy&Source=" + big + "&Destination=" + dir.file("copy.img")));
+    struct stat copied;
+    ASSERT_EQ(0, ::stat(dir.file("copy.img").c_str(), &copied));
+    EXPECT_EQ(5LL << 30, static_cast<long long>(copied.st_size));
+    ::unlink(dir.file("copy.img").c_str());
+
+    EXPECT_EQ(returnCode("1"), systemPage("Command=CopyThread&Key=big&Source=" + dir.file("src") +
+                                          "&Destination=" + dir.file("dst")));
+    std::string last;
+    for (int i = 0; i < 3000; ++i)
+    {
+        last = systemPage("Command=CopyThreadProgress&Key=big");
+        if (last.find("\"ReturnCode\":\"0\"") != std::string::npos)
+            break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(0u, last.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"1\","
+                            "\"CurrentFile\":\"1\",\"TotalBytes\":\"5368709120\","
+                            "\"CurrentByte\":\"5368709120\",\"CurrentFilename\":\""))
+        << last;
+}
