@@ -23,6 +23,21 @@ std::string returnCode(const char* code)
     return std::string("{\"ErrorCode\":0,\"ReturnCode\":\"") + code + "\"}";
 }
 
+// Polls the background copy under `key` until it reports that it has ended
+// (at most 30 seconds); the last answer.
+std::string progressAtTheEnd(const std::string& key)
+{
+    std::string last;
+    for (int i = 0; i < 3000; ++i)
+    {
+        last = systemPage("Command=CopyThreadProgress&Key=" + key);
+        if (last.find("\"ReturnCode\":\"0\"") != std::string::npos)
+            break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return last;
+}
+
 // Runs `work` with the process's standard input reading from /dev/null.
 template <class Work> std::string withoutInput(Work work)
 {
@@ -116,14 +131,7 @@ TEST(SystemPage, BackgroundCopyIsPolledToItsEnd)
         "Command=CopyThread&Key=job&Source=" + dir.file("src") + "&Destination=" + dir.file("dst");
     EXPECT_EQ(returnCode("1"), systemPage(start));
 
-    std::string last;
-    for (int i = 0; i < 1000; ++i)
-    {
-        last = systemPage("Command=CopyThreadProgress&Key=job");
-        if (last.find("\"ReturnCode\":\"0\"") != std::string::npos)
-            break;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    std::string last = progressAtTheEnd("job");
     EXPECT_EQ(
         0u, last.find(
                 "{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"2\",\"CurrentFile\":\"2\","
@@ -154,14 +162,7 @@ TEST(SystemPage, FilesPastFourGiBAreFoundCopiedAndCountedInTheBackground)
 
     EXPECT_EQ(returnCode("1"), systemPage("Command=CopyThread&Key=big&Source=" + dir.file("src") +
                                           "&Destination=" + dir.file("dst")));
-    std::string last;
-    for (int i = 0; i < 3000; ++i)
-    {
-        last = systemPage("Command=CopyThreadProgress&Key=big");
-        if (last.find("\"ReturnCode\":\"0\"") != std::string::npos)
-            break;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    std::string last = progressAtTheEnd("big");
     EXPECT_EQ(0u, last.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"1\","
                             "\"CurrentFile\":\"1\",\"TotalBytes\":\"5368709120\","
                             "\"CurrentByte\":\"5368709120\",\"CurrentFilename\":\""))
