@@ -41,29 +41,12 @@ cp -r "$content" "$root/tidewell/content"
 # The start-up job must write this file inside the guest.
 rm -f "$root/tidewell/content/cfg/allstorage.xml"
 
-# Kernel modules, each after the modules it depends on; a dependency without
-# a file of its own is built into the kernel.
-declare -A loaded=()
-load_order() {
-  local name=$1 file dependency
-  [[ -n ${loaded[$name]:-} ]] && return 0
-  loaded[$name]=1
-  file=$(find "$modules/kernel" -name "$name.ko" -o -name "$name.ko.xz" | head -n 1)
-  [[ -z $file ]] && return 0
-  for dependency in $(modinfo -F depends "$file" | tr ',' ' '); do
-    load_order "$dependency"
-  done
-  case $file in
-    *.xz) xz -dc "$file" >"$root/tidewell/modules/$name.ko" ;;
-    *) cp "$file" "$root/tidewell/modules/$name.ko" ;;
-  esac
-  echo "$name.ko"
-}
-for driver in ata_piix ahci sym53c8xx megaraid_sas virtio_pci virtio_blk nvme sd_mod sr_mod; do
-  load_order "$driver"
-done >"$root/tidewell/storage.modules"
-for driver in ipmi_msghandler ipmi_si ipmi_devintf; do
-  load_order "$driver"
-done >"$root/tidewell/ipmi.modules"
+# Kernel modules, each in its load order.
+source "$here/kernel_modules.sh"
+kernel_modules "$modules" "$root/tidewell/modules" \
+  ata_piix ahci sym53c8xx megaraid_sas virtio_pci virtio_blk nvme sd_mod sr_mod \
+  >"$root/tidewell/storage.modules"
+kernel_modules "$modules" "$root/tidewell/modules" ipmi_msghandler ipmi_si ipmi_devintf \
+  >"$root/tidewell/ipmi.modules"
 
 (cd "$root" && find . | cpio -o -H newc --quiet) | gzip -1 >"$output"
