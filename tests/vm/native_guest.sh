@@ -8,7 +8,8 @@
 # program's threads with ptrace, which the emulator does not offer) runs here.
 # The guest is Debian's kernel with a busybox initramfs; it sees this
 # machine's whole file tree read-only over 9p, with a memory-backed layer on
-# top for what the command writes (lost when the guest ends), and runs the
+# top for what the command writes (lost when the guest ends; /tmp too, which
+# may hold the working directory), and runs the
 # command as root in that tree with this environment's variables, on loopback
 # only. WORK keeps the kernel and the initramfs; LIMIT bounds the guest's run
 # in seconds. The command's output is the guest console's.
@@ -56,7 +57,6 @@ ln -s /proc/self/fd dev/fd
 mkdir -p dev/shm dev/pts
 mount -t tmpfs shm dev/shm
 mount -t devpts devpts dev/pts
-mount -t tmpfs tmp tmp
 mount -t tmpfs run run
 mkdir -p run/lock
 ifconfig lo 127.0.0.1 up
