@@ -34,6 +34,7 @@ kernel_modules "$modules" "$root/modules" virtio_pci 9pnet_virtio 9p overlay >"$
 # The command and the environment it runs in, written as shell text.
 {
   export -p | grep -Ev '^declare -x (OLDPWD|PWD|SHLVL|_)='
+  echo 'export TERM=dumb' # a serial console: no colours
   printf 'cd %q\n' "$PWD"
   printf '%s\n' "$*"
 } >"$root/command.sh"
