@@ -6,13 +6,13 @@
 # For a machine whose own kernel refuses 32-bit programs, where they run
 # through qemu-i386: what needs the real thing (LeakSanitizer stops the
 # program's threads with ptrace, which the emulator does not offer) runs here.
-# The guest is Debian's kernel with a busybox initramfs; it sees this
+# The guest is Debian's kernel with a busybox initramfs. It sees this
 # machine's whole file tree read-only over 9p, with a memory-backed layer on
-# top for what the command writes (lost when the guest ends; /tmp too, which
-# may hold the working directory), and runs the
-# command as root in that tree with this environment's variables, on loopback
-# only. WORK keeps the kernel and the initramfs; LIMIT bounds the guest's run
-# in seconds. The command's output is the guest console's.
+# top for what the command writes (lost when the guest ends; /tmp stays in
+# that tree, as it may hold the working directory), and runs the command as
+# root in that tree with this environment's variables, on loopback only.
+# WORK keeps the kernel and the initramfs; LIMIT bounds the guest's run in
+# seconds. The command's output is the guest console's.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 work=$1 limit=$2
