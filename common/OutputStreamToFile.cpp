@@ -1,6 +1,7 @@
 #include "common/OutputStreamToFile.h"
 
-#include <cerrno>
+#include "common/WriteAll.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -22,19 +23,7 @@ OutputStreamToFile::~OutputStreamToFile()
 
 bool OutputStreamToFile::Accept(char const* bytes, unsigned length)
 {
-    if (m_fd < 0)
-        return false;
-    while (length > 0)
-    {
-        ssize_t written = ::write(m_fd, bytes, length);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes += written;
-        length -= static_cast<unsigned>(written);
-    }
-    return true;
+    return m_fd >= 0 && writeAll(m_fd, bytes, length);
 }
 
 } // namespace Common

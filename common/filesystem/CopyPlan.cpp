@@ -1,5 +1,6 @@
 #include "common/filesystem/CopyPlan.h"
 
+#include "common/WriteAll.h"
 #include "common/filesystem/CopyProgress.h"
 #include "common/filesystem/Filesystem.h"
 #include "common/filesystem/FolderNames.h"
@@ -72,15 +73,8 @@ bool copyExtent(int from, int to, off_t offset, off_t length, char* buffer, Copy
             return false;
         if (got == 0)
             return true;
-        for (ssize_t written = 0; written < got;)
-        {
-            ssize_t put = ::write(to, buffer + written, static_cast<size_t>(got - written));
-            if (put < 0 && errno == EINTR)
-                continue;
-            if (put <= 0)
-                return false;
-            written += put;
-        }
+        if (!writeAll(to, buffer, static_cast<unsigned>(got)))
+            return false;
         length -= got;
         if (progress)
             progress->BytesCopied(static_cast<unsigned long long>(got));
