@@ -2,9 +2,10 @@
 
 #include "common/List.h"
 #include "common/LocalStaticAllocator.h"
-#include "common/Map.h"
 #include "common/SharedPtr.h"
+#include "common/SortedMap.h"
 #include "common/String.h"
+#include "common/StringLess.h"
 
 namespace Common
 {
@@ -16,7 +17,10 @@ class XMLParser;
 
 // One node of an XML element tree: a tag, the character data that
 // follows the start tag, attributes unique by name in ascending name order
-// (Common::string's operator<), and child elements in insertion order.
+// (Common::string's operator<; names that it cannot tell apart because they
+// differ only after a NUL byte follow in byte order), and child elements in
+// insertion order. Adding, finding or removing an attribute takes time
+// logarithmic in the element's number of attributes.
 //
 // A tree owns its children through Common::shared_ptr; the same element may
 // be the child of several parents, but a tree must not contain a cycle (an
@@ -28,7 +32,7 @@ class XMLParser;
 class Element : public Common::LocalStaticAllocator<Element, 200, 8>
 {
 public:
-    typedef Common::map<Common::string, Common::string> Attributes;
+    typedef Common::sorted_map<Common::string, Common::string, Common::StringLess> Attributes;
     typedef Common::list<Common::shared_ptr<Element>> Elements;
     typedef Attributes::const_iterator AttributeIterator;
     typedef Elements::const_iterator ElementIterator;

@@ -109,7 +109,7 @@ public:
     const Common::string& get(const char* s, unsigned n)
     {
         for (unsigned i = 0; i < m_count; ++i)
-            if (m_items[i].size() == n && std::memcmp(m_items[i].c_str(), s, n) == 0)
+            if (holds(m_items[i], s, n))
                 return m_items[i];
         unsigned slot = m_next;
         m_next = (m_next + 1) % Size;
@@ -120,6 +120,16 @@ public:
     }
 
 private:
+    // The last byte is compared before the rest. Inside an element with many
+    // attributes, whose names rarely repeat, misses are the rule, and names
+    // of one length (numbered or keyed ones) mostly differ in their last
+    // byte: most misses then cost no call of memcmp.
+    static bool holds(const Common::string& item, const char* s, unsigned n)
+    {
+        return item.size() == n && (n == 0 || (item.c_str()[n - 1] == s[n - 1] &&
+                                               std::memcmp(item.c_str(), s, n) == 0));
+    }
+
     enum
     {
         Size = 8
@@ -338,7 +348,9 @@ void XMLParser::Parse(Element* root, const Common::string& text)
         return;
     root->m_tag = current->m_tag;
     root->m_text = current->m_text;
-    root->m_attributes = current->m_attributes;
+    // `current` is released with `document` on return: its attributes are
+    // handed over, not copied.
+    root->m_attributes.swap(current->m_attributes);
     for (Element::ElementIterator it = current->m_children.begin(); it != current->m_children.end();
          ++it)
         root->m_children.push_back(*it);

@@ -1,3 +1,4 @@
+#include "CountingAllocator.h"
 #include "common/IString.h"
 #include "common/List.h"
 #include "common/Map.h"
@@ -21,23 +22,6 @@ template <class Map> std::vector<std::string> keysOf(Map const& m)
         keys.push_back(it->first.c_str());
     return keys;
 }
-
-// Counts the nodes a list asks of its allocator.
-struct CountingAllocator
-{
-    static int live;
-    void* allocate(unsigned size)
-    {
-        ++live;
-        return ::operator new(size);
-    }
-    void deallocate(void* p)
-    {
-        --live;
-        ::operator delete(p);
-    }
-};
-int CountingAllocator::live = 0;
 
 struct Tracked
 {

@@ -26,6 +26,23 @@ TEST(XMLElementAttributes, SetReplaceRemoveAndIterateInAscendingNameOrder)
     EXPECT_EQ("BootOrder=0,Bu=0,Index=7,Name=,VendorID=0,b=0", attributes(e));
 }
 
+TEST(XMLElementAttributes, NamesThatDifferOnlyAfterANulByteAreDistinct)
+{
+    ElementPtr e = element("dev");
+    const Common::string second("id\0b", 4);
+    const Common::string first("id\0a", 4);
+    e->Attribute(second, "2");
+    e->Attribute(first, "1");
+    e->Attribute("id", "0");
+    EXPECT_EQ("0", str(e->attribute("id")));
+    EXPECT_EQ("1", str(e->attribute(first)));
+    EXPECT_EQ("2", str(e->attribute(second)));
+    e->RemoveAttribute(first);
+    EXPECT_FALSE(e->hasAttribute(first));
+    EXPECT_TRUE(e->hasAttribute(second));
+    EXPECT_EQ("id=0," + str(second) + "=2", attributes(e));
+}
+
 TEST(XMLElementChildren, AppendedInOrderSharedNotCopiedAndFoundByExactTag)
 {
     ElementPtr root = element("AllBoards");
