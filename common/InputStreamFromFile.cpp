@@ -1,5 +1,7 @@
 #include "common/InputStreamFromFile.h"
 
+#include "common/RegularFile.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -12,16 +14,7 @@ namespace Common
 InputStreamFromFile::InputStreamFromFile(string const& path)
     : m_fd(-1), m_atEnd(false), m_begin(0), m_end(0)
 {
-    m_fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (m_fd >= 0)
-    {
-        struct stat info;
-        if (::fstat(m_fd, &info) != 0 || S_ISDIR(info.st_mode))
-        {
-            ::close(m_fd);
-            m_fd = -1;
-        }
-    }
+    m_fd = openRegularFile(path, O_RDONLY);
     m_atEnd = m_fd < 0;
 }
 
@@ -120,10 +113,11 @@ bool InputStreamFromFile::readBuffer(string& text)
 
     struct stat info;
     off_t at = ::lseek(m_fd, 0, SEEK_CUR);
-    bool sized = ::fstat(m_fd, &info) == 0 && S_ISREG(info.st_mode) && at >= 0 &&
-                 info.st_size > at && info.st_size - at < 0x7FFFFFFF;
+    bool sized = ::fstat(m_fd, &info) == 0 && at >= 0 && info.st_size > at;
     if (!sized)
-        return readChunked(head, text);
+        return readChunked(head, kMaxWholeFile, text);
+    if (info.st_size - at > kMaxWholeFile - head.size())
+        return false;
 
     unsigned expected = static_cast<unsigned>(info.st_size - at);
     char* bytes = nullptr;
@@ -138,19 +132,25 @@ bool InputStreamFromFile::readBuffer(string& text)
     }
     // The file may have grown since fstat: whatever follows is appended.
     string rest;
-    readChunked(string(), rest);
+    if (!readChunked(string(), kMaxWholeFile - whole.size(), rest))
+        return false;
     text = rest.empty() ? whole : whole + rest;
     return true;
 }
 
-bool InputStreamFromFile::readChunked(string const& head, string& text)
+// Reads to the end after `head`; false, with `text` untouched, as soon as
+// the whole would pass `limit` bytes.
+bool InputStreamFromFile::readChunked(string const& head, unsigned limit, string& text)
 {
-    unsigned capacity = 64 * 1024;
     unsigned used = head.size();
+    if (used > limit)
+        return false;
+    unsigned capacity = 64 * 1024;
     while (capacity < used)
         capacity *= 2;
     char* chunk = new char[capacity];
     std::memcpy(chunk, head.c_str(), used);
+    bool withinLimit = true;
     try
     {
         for (;;)
@@ -167,8 +167,14 @@ bool InputStreamFromFile::readChunked(string const& head, string& text)
             if (got == 0)
                 break;
             used += got;
+            if (used > limit)
+            {
+                withinLimit = false;
+                break;
+            }
         }
-        text = string(chunk, used);
+        if (withinLimit)
+            text = string(chunk, used);
     }
     catch (...)
     {
@@ -176,7 +182,7 @@ bool InputStreamFromFile::readChunked(string const& head, string& text)
         throw;
     }
     delete[] chunk;
-    return true;
+    return withinLimit;
 }
 
 } // namespace Common

@@ -5,10 +5,14 @@
 namespace Common
 {
 
-// Reads a file through its descriptor. readBuffer reads the rest of a regular
-// file with one read into the string's own buffer (no per-character appends:
-// files of many megabytes are read this way); files whose size the kernel does
-// not report (/proc, /sys) are read in growing chunks and copied once.
+// Reads a regular file through its descriptor; a path naming anything else (a
+// folder, a FIFO, a device) does not open (see RegularFile.h). readBuffer
+// reads the rest of the file with one read into the string's own buffer (no
+// per-character appends: files of many megabytes are read this way); files
+// whose size the kernel does not report (/proc, /sys) are read in growing
+// chunks and copied once. readBuffer refuses, reading nothing, a rest longer
+// than kMaxWholeFile: more than any page or names database, and a bound on
+// what one request can make the host hold.
 class InputStreamFromFile : public InputStream
 {
 public:
@@ -23,13 +27,15 @@ public:
     bool readLine(string& line) override;
     bool readBuffer(string& text) override;
 
+    static const unsigned kMaxWholeFile = 64u << 20;
+
 private:
     static const unsigned kLookahead = 4096;
 
     bool refill();
     unsigned readSome(char* into, unsigned max);
     unsigned readFully(char* into, unsigned max);
-    bool readChunked(string const& head, string& text);
+    bool readChunked(string const& head, unsigned limit, string& text);
 
     int m_fd;
     bool m_atEnd;

@@ -1,5 +1,6 @@
 #include "common/OutputStreamToFile.h"
 
+#include "common/RegularFile.h"
 #include "common/WriteAll.h"
 
 #include <fcntl.h>
@@ -9,9 +10,7 @@ namespace Common
 {
 
 OutputStreamToFile::OutputStreamToFile(string const& path, bool append)
-    : m_fd(::open(path.c_str(),
-                  O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : O_TRUNC),
-                  0644))
+    : m_fd(openRegularFile(path, O_WRONLY | O_CREAT | (append ? O_APPEND : O_TRUNC)))
 {
 }
 

@@ -7,7 +7,8 @@ namespace Common
 
 // Writes to a file: appended to when `append` is true, else the file is
 // replaced (truncated). A new file gets mode 0644, less the umask. Files may
-// grow beyond 2 GiB.
+// grow beyond 2 GiB. Only regular files are written: a path naming a FIFO,
+// a device or a folder does not open (isOpen is false), see RegularFile.h.
 class OutputStreamToFile : public OutputStream
 {
 public:

@@ -2,9 +2,10 @@
 
 #include "extension/Extension.h"
 
-#include "common/InputStreamFromFile.h"
 #include "common/ModuleName.h"
+#include "common/ShellQuoted.h"
 #include "common/Thread.h"
+#include "common/filesystem/Filesystem.h"
 #include "common/filesystem/TemporaryFile.h"
 #include "extension/BackgroundThread.h"
 #include "extension/Configuration.h"
@@ -36,20 +37,12 @@ Common::string g_contentFolder;
 
 namespace
 {
-bool readWhole(const Common::string& path, Common::string& text)
-{
-    Common::InputStreamFromFile in(path);
-    if (!in.isOpen())
-        return false;
-    return in.readBuffer(text);
-}
-
 class FileReader : public Includes::Reader
 {
 public:
     bool read(const Common::string& path, Common::string& text) override
     {
-        return readWhole(path, text);
+        return Common::Filesystem::getContents(path, text);
     }
 };
 
@@ -62,7 +55,7 @@ void startUp()
     if (!file.empty())
     {
         Common::string text;
-        readWhole(file, text);
+        Common::Filesystem::getContents(file, text);
         Configuration::Values values = Configuration::parse(text);
         g_extensionModule = values.extensionModule;
         g_workingFolder = values.workingFolder;
@@ -75,14 +68,16 @@ void startUp()
     static Common::Synchronization::Thread thread(backgroundThread);
 }
 
-// Step 12: runs the page through "php"; true when its output could be read.
+// Runs the page through "php"; true when its output could be read. The page's
+// path comes from the URL: it reaches php as one argument, whatever it holds.
 bool runPHP(const Common::string& path)
 {
     Common::Filesystem::TemporaryFile output(Common::string(), true);
-    const Common::string command = "php -f " + path + " > " + output.name();
+    const Common::string command =
+        "php -f " + Common::shellQuoted(path) + " > " + Common::shellQuoted(output.name());
     int status = std::system(command.c_str());
     (void)status; // not looked at
-    return readWhole(output.name(), g_stream);
+    return Common::Filesystem::getContents(output.name(), g_stream);
 }
 
 // Steps 2 to 14; the result (0 or 1).
@@ -103,7 +98,9 @@ int32_t route(const char* urlText, const char* methodText)
     if (Routing::isPHP(target.page))
         return runPHP(file.path) ? 0 : 1;
 
-    if (!readWhole(file.path, g_stream) && !readWhole("/" + Common::string(target.page), g_stream))
+    // A page that is not in the content folder is read by its absolute path.
+    using Common::Filesystem::getContents;
+    if (!getContents(file.path, g_stream) && !getContents("/" + Common::string(target.page), g_stream))
         return 1;
 
     if (Routing::expandsIncludes(file.extension))

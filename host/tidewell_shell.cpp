@@ -344,8 +344,12 @@ int main(int argc, char** argv)
 
     // Standard output carries pages only; the module's console goes to
     // standard error.
+    // The shell's own copies of its request and answer channels are
+    // close-on-exec, like every descriptor it opens: a program the module
+    // runs inherits standard input, output and error only, so it can neither
+    // forge an answer nor read a request.
     std::fflush(stdout);
-    int out = ::dup(STDOUT_FILENO);
+    int out = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
     if (out < 0 || ::dup2(STDERR_FILENO, STDOUT_FILENO) < 0)
     {
         std::fprintf(stderr, "tidewell_shell: cannot set up standard output\n");
@@ -354,8 +358,8 @@ int main(int argc, char** argv)
     // Requests arrive on a descriptor of their own; standard input becomes
     // /dev/null, so that a program the module runs (system.nsp "Run") can
     // neither read the request stream nor wait on it.
-    std::FILE* requests = ::fdopen(::dup(STDIN_FILENO), "rb");
-    int nothing = ::open("/dev/null", O_RDONLY);
+    std::FILE* requests = ::fdopen(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3), "rb");
+    int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (requests == nullptr || nothing < 0 || ::dup2(nothing, STDIN_FILENO) < 0)
     {
         std::fprintf(stderr, "tidewell_shell: cannot set up standard input\n");

@@ -1,5 +1,6 @@
 #include "common/filesystem/Application.h"
 
+#include "common/ShellQuoted.h"
 #include "common/filesystem/Filesystem.h"
 #include "common/filesystem/TemporaryFile.h"
 
@@ -14,7 +15,7 @@ Application::Application() : m_returnCode(0) {}
 
 void Application::Executable(string const& path)
 {
-    m_executable = "\"" + Replace(path, "\"", "") + "\"";
+    m_executable = shellQuoted(Replace(path, "\"", ""));
 }
 
 void Application::Arguments(string const& text)
@@ -35,8 +36,8 @@ bool Application::Execute()
 
     TemporaryFile standardOutput("", true);
     TemporaryFile standardError("", true);
-    string command = m_executable + " " + m_arguments + " 1>" + standardOutput.name() + " 2>" +
-                     standardError.name();
+    string command = m_executable + " " + m_arguments + " 1>" +
+                     shellQuoted(standardOutput.name()) + " 2>" + shellQuoted(standardError.name());
     m_returnCode = std::system(command.c_str());
 
     getContents(standardOutput.name(), m_output);

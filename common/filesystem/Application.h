@@ -19,10 +19,13 @@ class Application
 public:
     Application();
 
-    // The program; every double quote is removed and one pair is put around
-    // the result, so "x" and x name the same program.
+    // The program; every double quote is removed, so "x" and x name the same
+    // program, and the rest reaches the shell as one word (ShellQuoted.h):
+    // "$( )", ";" or blanks in it are part of the name.
     void Executable(string const& path);
-    // The arguments, handed to the shell as they stand (quote them yourself).
+    // The arguments, handed to the shell as they stand (quote them yourself):
+    // shell syntax here is the caller's to use, so never build them from
+    // text the caller did not mean as a command line.
     void Arguments(string const& text);
     // Kept, but not passed to the program (see above).
     void Input(string const& text);

@@ -1,5 +1,6 @@
 #include "common/filesystem/CopyPlan.h"
 
+#include "common/RegularFile.h"
 #include "common/WriteAll.h"
 #include "common/filesystem/CopyProgress.h"
 #include "common/filesystem/Filesystem.h"
@@ -119,14 +120,14 @@ bool isSameFile(string const& path, struct stat const& opened)
 // it for writing would empty.
 bool copyFile(string const& source, string const& target, CopyProgress* progress)
 {
-    int from = ::open(source.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    int from = openRegularFile(source, O_RDONLY);
     if (from < 0)
         return false;
     struct stat opened;
     bool copied = false;
-    if (::fstat(from, &opened) == 0 && S_ISREG(opened.st_mode) && !isSameFile(target, opened))
+    if (::fstat(from, &opened) == 0 && !isSameFile(target, opened))
     {
-        int to = ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        int to = openRegularFile(target, O_WRONLY | O_CREAT | O_TRUNC);
         char* buffer = new (std::nothrow) char[kChunk];
         copied = to >= 0 && buffer && copyBytes(from, to, opened.st_size, buffer, progress) &&
                  ::fchmod(to, opened.st_mode & 0777) == 0;

@@ -54,9 +54,6 @@ string parentOf(string const& path)
 
 bool getContents(string const& path, string& text)
 {
-    struct stat status;
-    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
-        return false;
     return InputStreamFromFile(path).readBuffer(text);
 }
 

@@ -13,9 +13,11 @@ namespace Filesystem
 // path by value clean it first: runs of "/" become one "/" (and remove and
 // createDirectory also turn backslashes into "/").
 
-// The whole file in `text`; true if the file could be opened. Only regular
-// files are read (links followed): a folder, a FIFO (which would wait for a
-// writer) or a device (which may never end) gives false.
+// The whole file in `text`; true if the file could be opened and read. Only
+// regular files are read (links followed): a folder, a FIFO (which would wait
+// for a writer) or a device (which may never end) gives false, at once, and so
+// does a file longer than InputStreamFromFile::kMaxWholeFile (64 MiB). Every
+// file served, included or parsed on a request's behalf is read here.
 bool getContents(string const& path, string& text);
 
 // True if the path opens for reading. A folder opens too, so this is true for

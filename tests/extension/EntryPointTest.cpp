@@ -152,6 +152,26 @@ TEST_F(FakePHP, PhpPagesRunThroughPhpWithoutIncludeExpansion)
     EXPECT_EQ(get("a.php.php").page, "served as a file");
 }
 
+TEST_F(FakePHP, ShellCharactersInAPhpPageNameStayInItsPath)
+{
+    TestSupport::TempDir marks("tidewell-marks");
+    const std::string mark = marks.file("ran");
+    for (const std::string& name :
+         {"a;touch " + mark + ";.php", "a`touch " + mark + "`.php", "a$(touch " + mark + ").php",
+          "a'$(touch " + mark + ")'.php", "a\"$(touch " + mark + ")\".php",
+          "a\ntouch " + mark + "\n.php", "a%0Atouch%20" + mark + "%0A.php"})
+    {
+        // The page does not exist: php gets its path as one argument and
+        // finds nothing to run.
+        EXPECT_EQ(get(name).page.rfind("php[-f][" + TestSupport::contentFolder() + "a", 0), 0u)
+            << name;
+        EXPECT_FALSE(TestSupport::exists(mark)) << name;
+    }
+    putContent("it's $(here).php", "found");
+    EXPECT_EQ(get("it's $(here).php").page,
+              "php[-f][" + TestSupport::contentFolder() + "it's $(here).php]:found");
+}
+
 TEST(EntryPoint, RealPhpWhenInstalled)
 {
     if (std::system("command -v php >/dev/null 2>&1") != 0)

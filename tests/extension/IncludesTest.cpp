@@ -195,7 +195,7 @@ TEST(Includes, MatchesThePlainLoop)
             text += pieces[next(pieceCount)];
         return text;
     };
-    for (int round = 0; round < 4000; ++round)
+    for (int round = 0; round < 2000; ++round)
     {
         MapReader reader;
         reader.files["/p/a"] = randomText(6);

@@ -51,6 +51,19 @@ shell() {
 
 fail() { echo "FAIL: $*"; exit 1; }
 
+# bare_shell ARGS...: like `shell`, holding descriptors 0, 1 and 2 only,
+# whatever this script inherited.
+bare_shell() {
+  (cd "$work" && python3 -c 'import os, sys; os.closerange(3, 65536); os.execvp(sys.argv[1], sys.argv[1:])' \
+    "${run_as[@]}" "$work/bin/tidewell_shell" --module "$work/bin/libtidewell.so" "$@")
+}
+
+# frame METHOD URL: one request in the serve framing.
+frame() { printf '%s %d\n%s' "$1" "${#2}" "$2"; }
+
+# urlencode TEXT: TEXT with every byte but letters and digits as %XX.
+urlencode() { python3 -c 'import sys, urllib.parse; print(urllib.parse.quote(sys.argv[1], safe=""))' "$1"; }
+
 # expect_get URL STATUS EXPECTED-FILE: the page byte for byte, and the status.
 expect_get() {
   local url=$1 status=$2 expected=$3 got=0
@@ -168,6 +181,64 @@ case "$case" in
       printf '0 42\n<html><div>header</div><p>body</p></html>\n'
     } >"$work/expected"
     cmp "$work/out" "$work/expected" || { od -c "$work/out" | head; fail "serve with a program reading standard input"; } ;;
+
+  serve_programs_inherit_standard_descriptors_only)
+    # A program run through system.nsp has standard input, output and error
+    # and nothing else: it can neither read the request stream nor forge an
+    # answer on the shell's answer channel.
+    list=$(urlencode "-c 'ls /proc/\$\$/fd; :'")
+    forge=$(urlencode "-c 'for fd in 3 4 5 6 7 8 9; do printf \"0 6\\nFORGED\" >&\$fd; done 2>/dev/null; :'")
+    {
+      frame GET "system.nsp?Command=Run&Executable=/bin/sh&Arguments=$list"
+      frame GET "system.nsp?Command=Run&Executable=/bin/sh&Arguments=$forge"
+      for _ in 1 2 3; do frame GET page.htm; done
+    } | bare_shell "$content" serve >"$work/out" 2>"$work/err"
+    {
+      printf '0 80\n{"ErrorCode":0,"ReturnCode":"0","StandardOutput":"0\\n1\\n2\\n","StandardError":""}'
+      printf '0 71\n{"ErrorCode":0,"ReturnCode":"0","StandardOutput":"","StandardError":""}'
+      for _ in 1 2 3; do printf '0 42\n<html><div>header</div><p>body</p></html>\n'; done
+    } >"$work/expected"
+    cmp "$work/out" "$work/expected" || { cat "$work/out"; echo; fail "programs see the shell's channels"; } ;;
+
+  special_files_are_not_found)
+    # FIFOs and devices, named as a page, by an include, or by an absolute
+    # path, answer at once as not found (or as nothing included), and the
+    # shell's memory does not grow: only regular files are read.
+    mkfifo "$content/fifo.htm" "$work/tmp/fifo"
+    ln -s /dev/urandom "$content/random.htm"
+    printf 'A<?include fifo.htm?>B<?include random.htm?>C<?include ../../../../../../../../../dev/zero?>D' >"$content/includes.htm"
+    chmod a+rw "$content/fifo.htm" "$work/tmp/fifo"
+    chmod a+r "$content/includes.htm"
+    coproc SERVE { cd "$work" && exec "${run_as[@]}" "$work/bin/tidewell_shell" --module "$work/bin/libtidewell.so" "$content" serve 2>"$work/err"; }
+    # ask URL EXPECTED-RESULT EXPECTED-PAGE: one request, answered right within a second.
+    ask() {
+      local start=$EPOCHREALTIME result length page=
+      frame GET "$1" >&"${SERVE[1]}"
+      read -r -t 30 -u "${SERVE[0]}" result length || fail "no answer to $1"
+      (( length == 0 )) || LC_ALL=C read -r -N "$length" -t 30 -u "${SERVE[0]}" page
+      local took=$(( (${EPOCHREALTIME/./} - ${start/./}) / 1000 ))
+      [[ "$result $page" == "$2 $3" ]] || fail "$1: answered $result '$page'"
+      (( took < 1000 )) || fail "$1: answered after $took ms"
+    }
+    peak() { awk '/^VmHWM:/ { print $2 }' "/proc/$SERVE_PID/status"; }
+    # The first request starts the module (and its start-up job): not timed.
+    frame GET page.htm >&"${SERVE[1]}"
+    read -r -t 60 -u "${SERVE[0]}" result length || fail "no answer to the first request"
+    LC_ALL=C read -r -N "$length" -t 60 -u "${SERVE[0]}" page
+    ask page.htm 0 $'<html><div>header</div><p>body</p></html>\n'
+    before=$(peak)
+    ask fifo.htm 1 ''
+    ask random.htm 1 ''
+    ask includes.htm 0 ABCD
+    ask "zrmedia://$work/tmp/fifo" 1 ''
+    ask zrmedia:///dev/zero 1 ''
+    ask zrmedia:///dev/urandom 1 ''
+    ask "system.nsp?Command=ReadFile&Filename=/dev/zero" 0 ''
+    ask "unattended.nsp?Platform=W2K8&Filename=$work/tmp/fifo" 0 '{"ErrorCode":0,"ReturnCode":"1"}'
+    ask page.htm 0 $'<html><div>header</div><p>body</p></html>\n'
+    after=$(peak)
+    (( after - before < 16384 )) || fail "the shell grew from $before kB to $after kB"
+    exec {SERVE[1]}>&- ;;
 
   no_config)
     # Without a configuration file URLs resolve against the working folder.

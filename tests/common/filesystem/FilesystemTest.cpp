@@ -1,5 +1,8 @@
 #include "common/filesystem/Filesystem.h"
 
+#include "common/InputStreamFromFile.h"
+#include "common/OutputStreamToFile.h"
+
 #include "ScratchFolder.h"
 
 #include <gtest/gtest.h>
@@ -42,12 +45,42 @@ TEST(Filesystem, ReadsContentsAndSizes)
     EXPECT_FALSE(fs::getContents(scratch.at("missing"), read));
     EXPECT_FALSE(fs::getContents(scratch.at("fifo"), read)); // no writer: would wait
     EXPECT_FALSE(fs::getContents("/dev/zero", read));        // would never end
+    // Files the kernel reports no size for are still read whole.
+    ASSERT_TRUE(fs::getContents("/proc/self/status", read));
+    EXPECT_NE(text(read).find("VmRSS"), std::string::npos);
     EXPECT_EQ(9, fs::getFileSize(scratch.at("file")));
     EXPECT_EQ(0, fs::getFileSize(scratch.at("missing")));
     // A sparse file beyond 4 GiB: the size needs all 64 bits.
     scratch.write("huge", "");
     stdfs::resize_file(scratch.path("huge"), 5LL << 30);
     EXPECT_EQ(5LL << 30, fs::getFileSize(scratch.at("huge")));
+}
+
+TEST(Filesystem, ReadsNoFileLongerThanTheLimit)
+{
+    ScratchFolder scratch;
+    const unsigned limit = Common::InputStreamFromFile::kMaxWholeFile;
+    scratch.write("at-limit", "");
+    stdfs::resize_file(scratch.path("at-limit"), limit);
+    scratch.write("past-limit", "");
+    stdfs::resize_file(scratch.path("past-limit"), limit + 1ull);
+
+    Common::string read("unchanged");
+    EXPECT_FALSE(fs::getContents(scratch.at("past-limit"), read));
+    EXPECT_EQ("unchanged", text(read));
+    ASSERT_TRUE(fs::getContents(scratch.at("at-limit"), read));
+    EXPECT_EQ(limit, read.size());
+}
+
+TEST(Filesystem, WritesNoFifoOrDevice)
+{
+    ScratchFolder scratch;
+    ASSERT_EQ(0, ::mkfifo(scratch.path("fifo").c_str(), 0600));
+    // Opening a FIFO for writing would wait for a reader.
+    EXPECT_FALSE(Common::OutputStreamToFile(scratch.at("fifo"), false).isOpen());
+    EXPECT_FALSE(Common::OutputStreamToFile("/dev/null", true).isOpen());
+    EXPECT_FALSE(Common::OutputStreamToFile(scratch.at(""), false).isOpen());
+    EXPECT_TRUE(Common::OutputStreamToFile(scratch.at("plain"), false).isOpen());
 }
 
 TEST(Filesystem, ListsFilesAndFoldersSeparately)
