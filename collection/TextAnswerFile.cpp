@@ -50,6 +50,16 @@ char const* const secondDiscCommands[] = {
 char const rotateCommand[] = "\"reg add HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Run "
                              "/v DiscAutomate /t REG_SZ /d C:\\automate.vbs /f\"";
 
+// The value of `key` as it is written: a carriage return or line feed in it
+// becomes a blank, since it would end the entry and let the rest of the value
+// stand as an entry or a section of its own. Decisions that compare a value
+// read the value as typed instead.
+Common::istring written(UnattendSettings const& settings, char const* key)
+{
+    Common::string value(settings.value(key));
+    return Common::Replace(Common::Replace(value, "\r", " "), "\n", " ");
+}
+
 template <unsigned N> void entries(AnswerFileText& out, char const* const (&texts)[N])
 {
     for (unsigned i = 0; i < N; ++i)
@@ -61,7 +71,7 @@ void entryIfPresent(AnswerFileText& out, UnattendSettings const& settings, char 
                     char const* prefix)
 {
     if (settings.has(key))
-        out.line(EntryIndent, prefix + settings.value(key));
+        out.line(EntryIndent, prefix + written(settings, key));
 }
 
 // Like entryIfPresent, with the value in double quotes.
@@ -69,18 +79,18 @@ void quotedEntryIfPresent(AnswerFileText& out, UnattendSettings const& settings,
                           char const* prefix)
 {
     if (settings.has(key))
-        out.line(EntryIndent, prefix + settings.value(key) + "\"");
+        out.line(EntryIndent, prefix + written(settings, key) + "\"");
 }
 
 void writeGuiUnattended(AnswerFileText& out, UnattendSettings const& settings)
 {
     out.line(0, "[GuiUnattended]");
     entries(out, guiUnattendedEntries);
-    out.line(EntryIndent, "OEMSkipRegional=" + settings.value("SkipRegional"));
+    out.line(EntryIndent, "OEMSkipRegional=" + written(settings, "SkipRegional"));
     if (settings.has("AutoLogonCount"))
     {
         out.line(EntryIndent, "AutoLogon=Yes");
-        out.line(EntryIndent, "AutoLogonCount=" + settings.value("AutoLogonCount"));
+        out.line(EntryIndent, "AutoLogonCount=" + written(settings, "AutoLogonCount"));
     }
     entryIfPresent(out, settings, "TimeZone", "TimeZone=");
     quotedEntryIfPresent(out, settings, "AdminPassword", "AdminPassword=\"");
@@ -91,9 +101,9 @@ void writeIdentification(AnswerFileText& out, UnattendSettings const& settings)
     out.line(0, "[Identification]");
     if (settings.has("JoinDomain"))
     {
-        Common::istring password = settings.value("DomainAdminPassword");
-        out.line(EntryIndent, "JoinDomain=" + settings.value("JoinDomain"));
-        out.line(EntryIndent, "DomainAdmin=" + settings.value("DomainAdmin"));
+        Common::istring password = written(settings, "DomainAdminPassword");
+        out.line(EntryIndent, "JoinDomain=" + written(settings, "JoinDomain"));
+        out.line(EntryIndent, "DomainAdmin=" + written(settings, "DomainAdmin"));
         // The password goes in twice, bare and then quoted. The doubling is
         // part of the format: keep both lines.
         out.line(EntryIndent, "DomainAdminPassword=" + password);
@@ -118,7 +128,7 @@ void writeUnattended(AnswerFileText& out, UnattendSettings const& settings)
     if (settings.has("MassStorageDriver"))
     {
         out.line(0, "[MassStorageDrivers]");
-        out.line(EntryIndent, settings.value("MassStorageDriver"));
+        out.line(EntryIndent, written(settings, "MassStorageDriver"));
     }
     out.line(0, "[Unattended]");
     entries(out, unattendedEntries);
@@ -133,13 +143,13 @@ void writeLicensing(AnswerFileText& out, UnattendSettings const& settings)
     // A connection count only means something when licensing per server.
     if (settings.has("AutoUsers") && settings.has("AutoMode") &&
         settings.value("AutoMode") == "perserver")
-        out.line(EntryIndent, "AutoUsers=" + settings.value("AutoUsers"));
+        out.line(EntryIndent, "AutoUsers=" + written(settings, "AutoUsers"));
 }
 
 void writeUserData(AnswerFileText& out, UnattendSettings const& settings)
 {
     out.line(0, "[UserData]");
-    out.line(EntryIndent, "ComputerName=" + settings.value("ComputerName"));
+    out.line(EntryIndent, "ComputerName=" + written(settings, "ComputerName"));
     quotedEntryIfPresent(out, settings, "FullName", "FullName=\"");
     quotedEntryIfPresent(out, settings, "OrganizationName", "OrgName=\"");
     quotedEntryIfPresent(out, settings, "ProductID", "ProductID=\"");
@@ -157,10 +167,10 @@ void writeSNMP(AnswerFileText& out, UnattendSettings const& settings)
     out.line(0, "[SNMP]");
     if (!snmp)
         return;
-    Common::istring monitor = settings.value("SNMPMonitor");
+    Common::istring monitor = written(settings, "SNMPMonitor");
     if (settings.has("SNMPControl"))
         out.line(EntryIndent, "Accept_CommunityName=" + monitor + ":Read_Only, " +
-                                  settings.value("SNMPControl") + ":Read_Create");
+                                  written(settings, "SNMPControl") + ":Read_Create");
     else // The blank before the line end is part of the format.
         out.line(EntryIndent, "Accept_CommunityName=" + monitor + ":Read_Only ");
     out.line(EntryIndent, "Community_Name=\"" + monitor + "\"");

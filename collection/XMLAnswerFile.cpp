@@ -1,5 +1,7 @@
 #include "collection/XMLAnswerFile.h"
 
+#include "collection/XMLEscape.h"
+
 namespace Collection
 {
 namespace
@@ -22,10 +24,16 @@ char const* boolean(bool value)
     return value ? "true" : "false";
 }
 
-// "<name>value</name>" on one line.
+// "<name>value</name>" on one line, the value escaped as element text.
 Common::istring element(char const* name, Common::istring const& value)
 {
-    return Common::istring("<") + name + ">" + value + "</" + name + ">";
+    return Common::istring("<") + name + ">" + xmlText(Common::string(value)) + "</" + name + ">";
+}
+
+// The value escaped for an attribute in double quotes.
+Common::istring attribute(Common::istring const& value)
+{
+    return xmlAttribute(Common::string(value));
 }
 
 } // namespace
@@ -81,7 +89,7 @@ Common::istring XMLAnswerFile::render() const
 
 void XMLAnswerFile::writeServicing(AnswerFileText& out) const
 {
-    Common::istring afterPackageName = Common::istring("\" version=\"") + m_version +
+    Common::istring afterPackageName = Common::istring("\" version=\"") + attribute(m_version) +
                                        "\" processorArchitecture=\"" + m_arch +
                                        "\" publicKeyToken=\"31bf3856ad364e35\" language=\"\" />";
     Common::istring afterSelectionName = Common::istring("\" state=\"") + boolean(m_snmp) + "\" />";
@@ -175,10 +183,10 @@ void XMLAnswerFile::writeSpecialize(AnswerFileText& out) const
     // 4 grants read-only access, 16 read-create. The second community is
     // written even when empty.
     out.line(12, "<ValidCommunities>");
-    out.line(16, "<ValidCommunity wcm:action=\"add\" wcm:keyValue=\"" + m_readCommunity +
+    out.line(16, "<ValidCommunity wcm:action=\"add\" wcm:keyValue=\"" + attribute(m_readCommunity) +
                      "\">4</ValidCommunity>");
-    out.line(16, "<ValidCommunity wcm:action=\"add\" wcm:keyValue=\"" + m_writeCommunity +
-                     "\">16</ValidCommunity>");
+    out.line(16, "<ValidCommunity wcm:action=\"add\" wcm:keyValue=\"" +
+                     attribute(m_writeCommunity) + "\">16</ValidCommunity>");
     out.line(12, "</ValidCommunities>");
     out.line(8, "</component>");
 

@@ -9,8 +9,8 @@ namespace Collection
 
 // The XML answer file of the newer OS family, in the unattend schema's
 // namespace "urn:schemas-microsoft-com:unattend". Built from fixed template
-// text: values are inserted verbatim, without XML escaping, so a value holding
-// markup characters yields a document that is not well-formed.
+// text and the values as typed; each value is escaped where it is placed
+// (XMLEscape.h), so the document stays well-formed whatever was typed.
 class XMLAnswerFile
 {
 public:
@@ -33,6 +33,9 @@ private:
     // The start tag of a component named `name` for this architecture.
     Common::istring component(char const* name, char const* versionScope = "nonSxS") const;
 
+    // The values as typed, unescaped: every decision (the package, the
+    // keyboard driver, which optional parts are written) looks at these.
+    // Escape them only when writing them out, never here.
     Common::istring m_version;
     Common::istring m_image;
     Common::istring m_computer;

@@ -27,6 +27,16 @@ std::vector<std::string> section(std::string const& document, std::string const&
 }
 
 typedef std::vector<std::string> Lines;
+
+// The section headers, in order.
+Lines headers(std::string const& document)
+{
+    Lines found;
+    for (auto const& line : crlfLines(document))
+        if (!line.empty() && line[0] == '[')
+            found.push_back(line);
+    return found;
+}
 } // namespace
 
 TEST(TextAnswerFile, BothArchitecturesGetTheSameCrLfText)
@@ -82,4 +92,31 @@ TEST(TextAnswerFile, ValuesAreWrittenVerbatim)
     std::string document = text({{"FullName", "A \"B\" & <C>"}, {"MassStorageDriver", "x=y"}});
     EXPECT_TRUE(hasLine(document, "   FullName=\"A \"B\" & <C>\""));
     EXPECT_EQ(section(document, "[MassStorageDrivers]"), Lines{"   x=y"});
+}
+
+// A line break typed into any setting stays inside its entry: it is written
+// as a blank, and adds neither a line nor a section.
+TEST(TextAnswerFile, LineBreaksInValuesBecomeBlanks)
+{
+    std::string const typed = "Smith & Sons LF\nCR\rCRLF\r\n[Injected]\r\nKey=value";
+    std::string const blanked = "Smith & Sons LF CR CRLF  [Injected]  Key=value";
+    for (char const* setting :
+         {"ComputerName",   "FullName",    "OrganizationName",    "AdminPassword",
+          "AutoLogonCount", "TimeZone",    "SkipRegional",        "JoinWorkgroup",
+          "JoinDomain",     "DomainAdmin", "DomainAdminPassword", "ProductID",
+          "AutoMode",       "AutoUsers",   "MassStorageDriver",   "ExtendOemPartition",
+          "FileSystem",     "SNMPMonitor", "SNMPControl",         "SNMPTraps",
+          "R2Run",          "Rotate"})
+    {
+        auto withValue = [&](std::string const& value)
+        {
+            Answers answers = olderFamilyFull;
+            answers.emplace_back(setting, value);
+            return text(answers);
+        };
+        std::string plain = withValue("plain"), document = withValue(typed);
+        EXPECT_EQ(crlfLines(document).size(), crlfLines(plain).size()) << setting;
+        EXPECT_EQ(headers(document), headers(plain)) << setting;
+        EXPECT_EQ(document, withValue(blanked)) << setting;
+    }
 }

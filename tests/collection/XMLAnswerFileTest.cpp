@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include <unistd.h>
+
 using Collection::Unattend;
 
 namespace
@@ -45,13 +47,68 @@ void expectWellLaidOut(std::string const& document)
     EXPECT_TRUE(open.empty());
 }
 
-// The document parses as XML (its values hold no markup characters).
+char const xmllint[] = "/usr/bin/xmllint";
+
+// A document written to a scratch file and read back by xmllint.
+class ReadBack
+{
+public:
+    explicit ReadBack(std::string const& document) : m_file(m_dir.file("answers.xml"))
+    {
+        std::ofstream(m_file, std::ios::binary) << document;
+    }
+
+    bool wellFormed() const
+    {
+        int status;
+        run("--noout", status);
+        return status == 0;
+    }
+
+    // The text an XML parser reads at `path`: steps separated by "/", each a
+    // local name (namespaces aside), "@name" for an attribute, optionally
+    // followed by a position "[n]"; the first step is looked for anywhere.
+    std::string textAt(std::string const& path) const
+    {
+        std::string xpath = "/";
+        for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1)
+        {
+            end = path.find('/', start);
+            std::string step = path.substr(start, end - start);
+            std::string axis = step[0] == '@' ? "@" : "", name = step.substr(axis.size());
+            std::string position =
+                name.find('[') == std::string::npos ? "" : name.substr(name.find('['));
+            name = name.substr(0, name.size() - position.size());
+            xpath +=
+                name == ".." ? "/.." : "/" + axis + "*[local-name()=\"" + name + "\"]" + position;
+        }
+        int status;
+        std::string output = run("--xpath 'string(" + xpath + ")'", status);
+        EXPECT_EQ(status, 0) << xpath;
+        // xmllint ends the string with a line end of its own.
+        return output.empty() ? output : output.substr(0, output.size() - 1);
+    }
+
+private:
+    std::string run(std::string const& arguments, int& status) const
+    {
+        std::string command = std::string(xmllint) + " " + arguments + " '" + m_file + "'";
+        std::string output;
+        FILE* pipe = popen(command.c_str(), "r");
+        char buffer[4096];
+        for (std::size_t n; pipe && (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+            output.append(buffer, n);
+        status = pipe ? pclose(pipe) : -1;
+        return output;
+    }
+
+    TempDir m_dir;
+    std::string m_file;
+};
+
 void expectWellFormed(std::string const& document)
 {
-    TempDir dir;
-    std::string file = dir.file("answers.xml");
-    std::ofstream(file, std::ios::binary) << document;
-    EXPECT_EQ(std::system(("xmllint --noout '" + file + "'").c_str()), 0);
+    EXPECT_TRUE(ReadBack(document).wellFormed());
 }
 
 std::string xml(Answers const& answers, Unattend::EnUnattendOS os = Unattend::W2K8)
@@ -151,8 +208,88 @@ TEST(XMLAnswerFile, DomainJoinSplitsTheAccountAndNeedsAllThree)
     EXPECT_FALSE(contains(noLogonPassword, "AutoLogon"));
 }
 
-TEST(XMLAnswerFile, ValuesAreInsertedWithoutEscaping)
+// What people type, markup and line breaks included, in every setting of the
+// newer family; each is read back by an XML parser where it is written.
+TEST(XMLAnswerFile, EverySettingReadsBackAsTyped)
 {
-    std::string document = render(Unattend::W2K8, {{"FullName", "A & <B>"}});
-    EXPECT_TRUE(hasLine(document, "                <FullName>A & <B></FullName>"));
+    if (access(xmllint, X_OK) != 0)
+        GTEST_SKIP() << "needs " << xmllint;
+    std::string const typed = "Smith & Sons <x> \"q\" 'a' x</FullName><Injected>yes</Injected>"
+                              "<FullName>\ttab LF\nCR\rCRLF\r\nend";
+    struct Setting
+    {
+        char const* name;
+        std::vector<char const*> paths; // where the value reads back as typed
+    };
+    // clang-format off
+    Setting const settings[] = {
+        {"WIMVersion", {"assemblyIdentity/@version"}},
+        {"ImageName", {"MetaData/Value"}},
+        {"ComputerName", {"ComputerName"}},
+        {"FullName", {"UserData/FullName", "RegisteredOwner"}},
+        {"OrganizationName", {"UserData/Organization", "RegisteredOrganization"}},
+        {"AdminPassword", {"AutoLogon/Password/Value", "AdministratorPassword/Value"}},
+        {"AutoLogonCount", {"LogonCount"}},
+        {"TimeZone", {"TimeZone"}},
+        {"JoinWorkgroup", {"JoinWorkgroup"}},
+        {"JoinDomain", {"Identification/JoinDomain"}},
+        {"DomainAdmin", {}}, // split into domain and user: below
+        {"DomainAdminPassword", {"Credentials/Password"}},
+        {"ProductID", {"UserData/ProductKey/Key", "RegisteredOwner/../ProductKey"}},
+        {"Language", {"SetupUILanguage/UILanguage", "SetupUILanguage/../UILanguage", "UserLocale",
+                      "SystemLocale"}},
+        {"Keyboard", {"InputLocale"}},
+        {"FirstLogonCommand", {"SynchronousCommand[1]/CommandLine"}},
+        {"SNMPMonitor", {"Community_Name", "ValidCommunity[1]/@keyValue"}},
+        {"SNMPControl", {"ValidCommunity[2]/@keyValue"}},
+        {"SNMPTraps", {"Traps"}},
+        {"WMIEnabled", {}}, // decides only
+        {"Rotate", {}},     // decides only
+    };
+    // clang-format on
+    for (Setting const& setting : settings)
+    {
+        Answers answers = newerFamilyFull;
+        answers.emplace_back(setting.name, typed);
+        ReadBack document(render(Unattend::W2K8, answers));
+        ASSERT_TRUE(document.wellFormed()) << setting.name;
+        for (char const* path : setting.paths)
+            EXPECT_EQ(document.textAt(path), typed) << setting.name << " at " << path;
+    }
+
+    Answers answers = newerFamilyFull;
+    answers.emplace_back("DomainAdmin", "CORP\\" + typed);
+    ReadBack document(render(Unattend::W2K8, answers));
+    ASSERT_TRUE(document.wellFormed());
+    EXPECT_EQ(document.textAt("Credentials/Domain"), "CORP");
+    EXPECT_EQ(document.textAt("Credentials/Username"), "\\" + typed);
+}
+
+TEST(XMLAnswerFile, WhatXMLCannotHoldIsBlankedOrDropped)
+{
+    if (access(xmllint, X_OK) != 0)
+        GTEST_SKIP() << "needs " << xmllint;
+    // A control character, a stray byte, a 5-byte form, a surrogate, U+FFFE.
+    std::string typed = "a\x01"
+                        "b\xFF"
+                        "c\xF8\x88\x80\x80\x80"
+                        "d\xED\xA0\x80"
+                        "e\xEF\xBF\xBE"
+                        "f caf\xC3\xA9";
+    ReadBack document(render(Unattend::W2K8, {{"FullName", typed}, {"SNMPMonitor", typed}}));
+    ASSERT_TRUE(document.wellFormed());
+    EXPECT_EQ(document.textAt("UserData/FullName"), "a bcde f caf\xC3\xA9");
+    EXPECT_EQ(document.textAt("ValidCommunity[1]/@keyValue"), "a bcde f caf\xC3\xA9");
+}
+
+// Decisions see the value as typed, not the text it is written as.
+TEST(XMLAnswerFile, DecisionsCompareTheTypedValue)
+{
+    std::string document = render(
+        Unattend::W2K8,
+        {{"ImageName", "SERVER CO\xFFRE"}, {"Keyboard", "ja-JP\xFF"}, {"WMIEnabled", "Yes\xFF"}});
+    EXPECT_TRUE(contains(document, "\"Microsoft-Windows-Foundation-Package\""));
+    EXPECT_FALSE(contains(document, "LayeredDriver"));
+    EXPECT_TRUE(
+        hasLine(document, "            <selection name=\"WMISnmpProvider\" state=\"false\" />"));
 }
