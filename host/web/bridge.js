@@ -7,14 +7,19 @@
 // died, or did not answer in time, answers 502 and is started again for the
 // next request.
 //
+// The module runs programs and writes files for whoever reaches it, so it
+// answers only its own pages in the browser, and only with the secret of
+// this run (access.js): open `openUrl` ("http://127.0.0.1:PORT/?token=..."),
+// which leaves the secret behind as a cookie. It listens on 127.0.0.1 only,
+// unless told otherwise: the module acts on the machine it runs on, so it
+// must not be reachable from the network.
+//
 // The module shell runs in the folder given as spawnOptions.cwd; the setup
 // pages name files relative to it (main.js starts it in a working copy of the
 // content folder).
-//
-// Listens on 127.0.0.1 only, unless told otherwise: the module acts on the
-// machine it runs on, so it must not be reachable from the network.
 
 const http = require('node:http');
+const { Access } = require('./access');
 const { ShellProcess } = require('./ShellProcess');
 const { contentType } = require('./contentType');
 
@@ -25,48 +30,70 @@ function moduleUrl(method, requestUrl) {
   return URL_PREFIX + (method === 'POST' ? url.split('?')[0] : url);
 }
 
-function pagePath(requestUrl) {
-  return decodeURIComponent(requestUrl.split('?')[0].split('#')[0]) || '/';
+// The page's path as the module reads it: escapes decoded, "+" read as a
+// blank, and cut at the first NUL, where the module's file name ends. Its
+// content type must come from this path, not from what follows a "%00".
+// Null when the path is not valid percent-encoding.
+function modulePath(requestUrl) {
+  try {
+    return decodeURIComponent(requestUrl.split('#')[0].split('?')[0]).replace(/\+/g, ' ').split('\0')[0];
+  } catch {
+    return null;
+  }
+}
+
+function answer(response, status, headers, text) {
+  response.writeHead(status, { 'Content-Type': 'text/plain; charset=utf-8', ...headers });
+  response.end(text);
 }
 
 // options: { shellPath, shellArguments, spawnOptions, host, port, simulated,
 // answerTimeoutMs } (the last bounds each module request; ShellProcess).
 // `simulated` marks every answer with "X-Tidewell-Simulated: yes": the setup
 // pages send a restart only to a simulated server.
-// Resolves to { server, shell, url } once listening.
+// Resolves to { server, shell, url, openUrl, cookie } once listening: `url`
+// is the bridge's root, `openUrl` the same with the secret (for a browser),
+// `cookie` a Cookie header value that carries the secret (for other clients).
 function startBridge(options) {
   const shell = new ShellProcess(options.shellPath, options.shellArguments, options.spawnOptions,
     options.answerTimeoutMs);
+  let access = null; // made once the port is known, before any request
   const server = http.createServer((request, response) => {
-    const method = request.method === 'POST' ? 'POST' : 'GET';
     request.resume(); // the body is not forwarded
-    let path;
-    try {
-      path = pagePath(request.url);
-    } catch {
-      path = '/';
+    const refusal = access.refusal(request);
+    if (refusal) {
+      answer(response, refusal.status, refusal.headers, refusal.text);
+      return;
     }
+    const path = modulePath(request.url);
+    if (path === null) {
+      answer(response, 400, {}, 'the path is not valid percent-encoding\n');
+      return;
+    }
+    const method = request.method;
     shell.request(method, moduleUrl(method, request.url)).then(
       ({ result, page }) => {
-        const status = result === 0 ? 200 : 404;
-        response.writeHead(status, {
-          'Content-Type': status === 200 ? contentType(path) : 'text/plain; charset=utf-8',
+        const found = result === 0;
+        response.writeHead(found ? 200 : 404, {
+          'Content-Type': found ? contentType(path) : 'text/plain; charset=utf-8',
+          'X-Content-Type-Options': 'nosniff',
           'Cache-Control': 'no-store',
           ...(options.simulated ? { 'X-Tidewell-Simulated': 'yes' } : {}),
         });
-        response.end(status === 200 ? page : 'not found\n');
+        response.end(found ? page : 'not found\n');
       },
-      () => {
-        response.writeHead(502, { 'Content-Type': 'text/plain; charset=utf-8' });
-        response.end('the module shell ended or did not answer in time; it is started again with the next request\n');
-      });
+      () => answer(response, 502, {},
+        'the module shell ended or did not answer in time; it is started again with the next request\n'));
   });
   server.on('close', () => shell.stop());
   return new Promise((resolve, reject) => {
     server.once('error', reject);
     server.listen(options.port, options.host || '127.0.0.1', () => {
       const { address, port } = server.address();
-      resolve({ server, shell, url: `http://${address}:${port}/` });
+      const host = address.includes(':') ? `[${address}]` : address;
+      access = new Access(host, port);
+      const url = `http://${host}:${port}/`;
+      resolve({ server, shell, url, openUrl: `${url}?token=${access.token}`, cookie: access.cookie });
     });
   });
 }

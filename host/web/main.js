@@ -4,10 +4,12 @@
 // Starts the module shell on a working copy of the content folder CONTENT
 // (removed when the bridge ends) and serves it on http://127.0.0.1:N/
 // (default 8080; 0 picks a free port). --simulate runs the simulated module
-// against a machine description; --user runs the shell as that unprivileged
-// user (for use as root). Prints the URL when ready. With --show, it asks
-// itself for each PAGE (e.g. "/hardware.nsp?Command=Query"), prints the
-// answers and ends instead of serving on.
+// against a machine description; --user runs the shell as that user. As root
+// it must be given: the shell runs programs for whoever reaches its pages, so
+// it runs as root only with "--user root". Prints the URL to open, with this
+// run's token, when ready. With --show, it asks itself for each PAGE (e.g.
+// "/hardware.nsp?Command=Query"), prints the answers and ends instead of
+// serving on.
 
 const path = require('node:path');
 const { execFileSync } = require('node:child_process');
@@ -31,6 +33,11 @@ if (!values.shell || positionals.length !== 1 || !/^\d+$/.test(values.port)) {
   process.exit(2);
 }
 
+if (process.getuid() === 0 && !values.user) {
+  console.error('refusing to run the module shell as root: it runs programs for whoever reaches its pages; give --user nobody (or --user root to insist)');
+  process.exit(2);
+}
+
 const owner = {};
 if (values.user) {
   owner.uid = Number(execFileSync('id', ['-u', values.user]));
@@ -41,7 +48,9 @@ const shellArguments = [];
 if (values.simulate) shellArguments.push('--simulate', path.resolve(values.simulate));
 shellArguments.push(copy.folder, 'serve');
 
+let bridge = null;
 function end(code) {
+  if (bridge) bridge.shell.stop();
   copy.remove();
   process.exit(code);
 }
@@ -52,11 +61,12 @@ startBridge({
   shellPath: path.resolve(values.shell), simulated: Boolean(values.simulate), shellArguments,
   spawnOptions: { cwd: copy.folder, ...owner }, port: Number(values.port),
 })
-  .then(async ({ url }) => {
-    console.log(`Tidewell setup UI: ${url}`);
+  .then(async (started) => {
+    bridge = started;
+    console.log(`Tidewell setup UI: ${bridge.openUrl}`);
     if (values.show.length === 0) return;
     for (const page of values.show) {
-      const answer = await fetch(new URL(page, url));
+      const answer = await fetch(new URL(page, bridge.url), { headers: { Cookie: bridge.cookie } });
       console.log(`== GET ${page}: ${answer.status} ${answer.headers.get('content-type')}`);
       console.log(await answer.text());
     }

@@ -28,8 +28,8 @@ test('setup pages in Chromium', async (t) => {
     await bridge.close();
   });
 
-  await t.test('the start page leads to the language selection, whose choice names the menu', async () => {
-    await page.goto(bridge.url);
+  await t.test('the printed address leads to the language selection, whose choice names the menu', async () => {
+    await page.goto(bridge.openUrl);
     await page.waitForURL('**/langsel.htm');
     await photograph(page, 'langsel');
     await page.click('text=Deutsch');
