@@ -11,8 +11,10 @@ namespace Collection
 
 namespace
 {
-// Boot option parameter 0 with only the clear-CMOS flag (bit 7 of data
-// byte 2) set.
+// Boot flags valid for the next boot only, with nothing but the clear-CMOS
+// flag (bit 7 of boot-flag data byte 2) set: the firmware resets its setup
+// settings at that start.
+const unsigned char kValidForNextBootOnly = 0x80;
 const unsigned char kClearCMOS = 0x80;
 } // namespace
 
@@ -20,7 +22,8 @@ int FSETReset::perform()
 {
     if (!Common::EnvironmentVariable::supported())
     {
-        Common::IPMI::_SET_BOOT_FLAGS request = {0, {0, kClearCMOS, 0, 0}};
+        Common::IPMI::_SET_BOOT_FLAGS request = {ChassisCommands::kBootFlags,
+                                                 {kValidForNextBootOnly, kClearCMOS, 0, 0, 0}};
         Common::IPMI::_COMPLETION_CODE_RESPONSE response = {0};
         Common::IPMI().execute(ChassisCommands::kNetFn, ChassisCommands::kSetBootOptions, request,
                                response);

@@ -97,7 +97,7 @@ int setIPMIOrder(const Common::list<Common::istring>& names)
         return 2;
     Common::IPMI::_SET_BOOT_FLAGS request = {
         ChassisCommands::kBootFlags,
-        {kValidForEveryBoot, static_cast<unsigned char>(found->second << 2), 0, 0}};
+        {kValidForEveryBoot, static_cast<unsigned char>(found->second << 2), 0, 0, 0}};
     Common::IPMI::_COMPLETION_CODE_RESPONSE response = {0};
     Common::IPMI().execute(ChassisCommands::kNetFn, ChassisCommands::kSetBootOptions, request,
                            response);

@@ -15,10 +15,12 @@ public:
 #pragma pack(push, 1)
     // Request and response records of the typed execute; every response
     // begins with the completion code.
+    // Parameter 5 (the boot flags) takes five data bytes: a standard
+    // controller refuses a shorter request with C7h and keeps its old flags.
     struct _SET_BOOT_FLAGS
     {
         unsigned char parameter;
-        unsigned char data[4];
+        unsigned char data[5];
     };
     struct _REQUEST_BOOT_FLAGS
     {

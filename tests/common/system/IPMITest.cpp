@@ -49,7 +49,7 @@ TEST(IPMI, SendsToTheSystemInterfaceAndReceivesTheTypedRecords)
                       {
                           Sim::ManagementController& controller = *server.managementController();
                           IPMI ipmi;
-                          IPMI::_SET_BOOT_FLAGS set = {0x05, {0x80, 0x04, 0x00, 0x00}};
+                          IPMI::_SET_BOOT_FLAGS set = {0x05, {0x80, 0x04, 0x00, 0x00, 0x00}};
                           IPMI::_COMPLETION_CODE_RESPONSE done = {0xFF};
                           ASSERT_TRUE(ipmi.execute(0x00, 0x08, set, done));
                           EXPECT_EQ(0x00, done.completionCode);
@@ -71,7 +71,7 @@ TEST(IPMI, SendsToTheSystemInterfaceAndReceivesTheTypedRecords)
                           EXPECT_EQ(0, first.lun);
                           EXPECT_EQ(0x00, first.netfn);
                           EXPECT_EQ(0x08, first.cmd);
-                          EXPECT_EQ((Bytes{0x05, 0x80, 0x04, 0x00, 0x00}), first.data);
+                          EXPECT_EQ((Bytes{0x05, 0x80, 0x04, 0x00, 0x00, 0x00}), first.data);
                           EXPECT_EQ((Bytes{0x05, 0x00, 0x00}), controller.requests()[1].data);
                           EXPECT_TRUE(server.shellCommands().empty()) << "the node opened at once";
                       });

@@ -175,7 +175,9 @@ TEST(FSETResetPage, ClearCMOSOverIPMIWithoutVariablesAndNothingWithoutNVRAM)
             ASSERT_EQ(1u, requests.size());
             EXPECT_EQ(0x00, requests[0].netfn);
             EXPECT_EQ(0x08, requests[0].cmd);
-            EXPECT_EQ((std::vector<std::uint8_t>{0x00, 0x00, 0x80, 0x00, 0x00}), requests[0].data);
+            // The boot flags for the next boot only with the clear-CMOS flag.
+            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, 0x80, 0x00, 0x00, 0x00}),
+                      requests[0].data);
         });
 
     Sim::Machine withoutNVRAM;
@@ -241,7 +243,7 @@ TEST(RebootPage, OneTimeIPMIOverrideAndChassisResetWithoutVariablesOrNVRAM)
                     ASSERT_EQ(2u, controller.requests().size());
                     EXPECT_EQ(0x08, controller.requests()[0].cmd);
                     // Valid for the next boot only (0x80), CD/DVD selector.
-                    EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, 0x14, 0x00, 0x00}),
+                    EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, 0x14, 0x00, 0x00, 0x00}),
                               controller.requests()[0].data);
                     EXPECT_EQ(0x00, controller.requests()[1].netfn);
                     EXPECT_EQ(0x02, controller.requests()[1].cmd);
@@ -260,7 +262,7 @@ TEST(RebootPage, OneTimeIPMIOverrideAndChassisResetWithoutVariablesOrNVRAM)
             for (auto const& target : kTargets)
             {
                 reboot(std::string("Command=Perform&ColdBoot=No&Target=") + target.target);
-                EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, target.selectorByte, 0x00, 0x00}),
+                EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, target.selectorByte, 0x00, 0x00, 0x00}),
                           controller.requests().back().data)
                     << target.target;
             }

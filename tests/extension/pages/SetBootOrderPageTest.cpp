@@ -140,7 +140,7 @@ TEST(SetBootOrderPage, IPMIOrderIsOnePersistentBootDevice)
             Sim::IpmiRequest const& set = controller.requests()[before];
             EXPECT_EQ(0x00, set.netfn);
             EXPECT_EQ(0x08, set.cmd);
-            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0xC0, 0x14, 0x00, 0x00}), set.data);
+            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0xC0, 0x14, 0x00, 0x00, 0x00}), set.data);
             Sim::IpmiRequest const& get = controller.requests()[before + 1];
             EXPECT_EQ(0x00, get.netfn);
             EXPECT_EQ(0x09, get.cmd);
@@ -148,7 +148,7 @@ TEST(SetBootOrderPage, IPMIOrderIsOnePersistentBootDevice)
 
             // "usb" sets the hard-disk selector and reads back as "hd".
             EXPECT_EQ(current("\"hd\""), bootOrder("Command=Perform&Order=usb"));
-            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0xC0, 0x08, 0x00, 0x00}),
+            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0xC0, 0x08, 0x00, 0x00, 0x00}),
                       controller.requests()[before + 2].data);
             EXPECT_EQ(current("\"pxe\""), bootOrder("Command=Perform&Order=PXE"));
             EXPECT_EQ(current("\"fset\""), bootOrder("Command=Perform&Order=fset"));
