@@ -1,12 +1,15 @@
 #pragma once
 
-// The IPMI chassis commands that set boot options and reset the machine.
+// The IPMI chassis commands: boot options, reset, status and the power
+// restore policy.
 namespace Collection
 {
 namespace ChassisCommands
 {
 const unsigned char kNetFn = 0x00;
+const unsigned char kGetChassisStatus = 0x01;
 const unsigned char kChassisControl = 0x02;
+const unsigned char kSetPowerRestorePolicy = 0x06;
 const unsigned char kSetBootOptions = 0x08;
 const unsigned char kGetBootOptions = 0x09;
 

@@ -4,6 +4,7 @@
 #include "sim/Machine.h"
 #include "sim/RomServices.h"
 
+#include <array>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -91,8 +92,7 @@ std::vector<std::uint8_t> byteList(ElementPtr const& element, char const* name)
         }
         if (used != word.size() || parsed > 0xFF)
             throw Malformed("<" + text(element->tag()) + "> " + name + "=\"" +
-                            attribute(element, name) + "\" holds \"" + word +
-                            "\", not a byte");
+                            attribute(element, name) + "\" holds \"" + word + "\", not a byte");
         bytes.push_back(static_cast<std::uint8_t>(parsed));
     }
     return bytes;
@@ -214,9 +214,105 @@ void rom(ElementPtr const& element, Machine& machine)
     dispatch(element, parts, "ROM part");
 }
 
+// Four bytes "a.b.c.d" or six "xx:xx:xx:xx:xx:xx" (hexadecimal).
+template <std::size_t N>
+std::array<std::uint8_t, N> address(ElementPtr const& element, char const* name,
+                                    std::array<std::uint8_t, N> const& fallback)
+{
+    std::string value = attribute(element, name);
+    if (value.empty())
+        return fallback;
+    std::array<std::uint8_t, N> bytes = {};
+    char const separator = N == 4 ? '.' : ':';
+    std::istringstream fields(value);
+    std::string field;
+    std::size_t count = 0;
+    while (std::getline(fields, field, separator))
+    {
+        std::size_t used = 0;
+        unsigned long parsed = 0;
+        try
+        {
+            parsed = std::stoul(field, &used, N == 4 ? 10 : 16);
+        }
+        catch (std::exception const&)
+        {
+            used = 0;
+        }
+        if (count == N || used == 0 || used != field.size() || parsed > 0xFF)
+            throw Malformed("<" + text(element->tag()) + "> " + name + "=\"" + value +
+                            "\" is not an address");
+        bytes[count++] = static_cast<std::uint8_t>(parsed);
+    }
+    if (count != N)
+        throw Malformed("<" + text(element->tag()) + "> " + name + "=\"" + value +
+                        "\" is not an address");
+    return bytes;
+}
+
+// "user", "operator", "administrator" or "noaccess" as a privilege level.
+std::uint8_t privilege(ElementPtr const& element)
+{
+    static std::map<std::string, std::uint8_t> const kLevels = {
+        {"user", 2}, {"operator", 3}, {"administrator", 4}, {"noaccess", 0x0F}};
+    std::string value = attribute(element, "privilege");
+    if (value.empty())
+        return 0x0F;
+    auto found = kLevels.find(value);
+    if (found == kLevels.end())
+        throw Malformed("<" + text(element->tag()) + "> privilege=\"" + value +
+                        "\" is not a privilege");
+    return found->second;
+}
+
+void controllerParts(ElementPtr const& element, ManagementController& controller)
+{
+    Handlers parts = {
+        {"User",
+         [&](ElementPtr const& e)
+         {
+             ManagementUser& user =
+                 controller.users().user(static_cast<unsigned>(number(e, "id", 0, 63)));
+             user.name = attribute(e, "name");
+             user.password = attribute(e, "password");
+             user.enabled = flag(e, "enabled");
+             user.privilege = privilege(e);
+             user.messaging = user.privilege != 0x0F;
+         }},
+        {"Lan",
+         [&](ElementPtr const& e)
+         {
+             ManagementLan& lan = controller.lan();
+             lan.channel = static_cast<std::uint8_t>(number(e, "channel", lan.channel, 15));
+             lan.ipSource = static_cast<std::uint8_t>(number(e, "ipSource", lan.ipSource, 4));
+             lan.address = address(e, "address", lan.address);
+             lan.mask = address(e, "mask", lan.mask);
+             lan.gateway = address(e, "gateway", lan.gateway);
+             lan.mac = address(e, "mac", lan.mac);
+             lan.vlan = static_cast<std::uint16_t>(number(e, "vlan", 0, 4094));
+             lan.nonVolatileAccess = lan.volatileAccess =
+                 static_cast<std::uint8_t>(number(e, "access", lan.nonVolatileAccess, 0x3F));
+         }},
+        {"Sol",
+         [&](ElementPtr const& e)
+         {
+             ManagementSol& sol = controller.sol();
+             if (!attribute(e, "enabled").empty())
+                 sol.enabled = flag(e, "enabled");
+             sol.nonVolatileBitRate = sol.volatileBitRate =
+                 static_cast<std::uint8_t>(number(e, "bitRate", sol.nonVolatileBitRate, 10));
+         }},
+    };
+    dispatch(element, parts, "controller part");
+}
+
 void managementController(ElementPtr const& element, Machine& machine)
 {
     ManagementController& controller = machine.addManagementController();
+    controller.users().resize(static_cast<unsigned>(number(element, "users", 10, 63)));
+    controller.powerRestorePolicy =
+        static_cast<std::uint8_t>(number(element, "powerRestorePolicy", 1, 3));
+    controllerParts(element, controller);
     controller.node = attribute(element, "node");
     controller.nodeAfterLoading = flag(element, "nodeAfterLoading");
     if (attribute(element, "major").empty())
@@ -311,6 +407,11 @@ bool MachineDescription::Parse(std::string const& description, Machine& machine,
     catch (Malformed const& malformed)
     {
         error = malformed.what();
+        return false;
+    }
+    catch (std::invalid_argument const& refused) // by the machine, e.g. a disk name taken twice
+    {
+        error = refused.what();
         return false;
     }
 }

@@ -1,5 +1,6 @@
 #include "common/system/IPMI.h"
 
+#include "common/StaticMutex.h"
 #include "platform/Hardware.h"
 
 #include <cstdio>
@@ -46,6 +47,13 @@ int ipmiMajor()
     std::fclose(devices);
     return major;
 }
+
+// The cached answer of supported(): a true one is kept, a false one only
+// answers the callers that waited for the probe that gave it.
+Synchronization::StaticMutex s_supportedCheck;
+bool s_supported = false;
+bool s_lastAnswer = false;
+unsigned int s_probes = 0;
 } // namespace
 
 IPMI::IPMI() : m_device(-1)
@@ -94,6 +102,16 @@ bool IPMI::execute(unsigned char netfn, unsigned char cmd, unsigned char lun,
                    const unsigned char* request, const unsigned char& requestLength,
                    unsigned char* response, const unsigned char& responseLength)
 {
+    unsigned char received = 0;
+    return exchange(netfn, cmd, lun, request, requestLength, response, responseLength, received);
+}
+
+bool IPMI::exchange(unsigned char netfn, unsigned char cmd, unsigned char lun,
+                    const unsigned char* request, const unsigned char& requestLength,
+                    unsigned char* response, const unsigned char& responseLength,
+                    unsigned char& copied)
+{
+    copied = 0;
     if (m_device < 0)
         return false;
     Platform::Hardware& hardware = Platform::hardware();
@@ -133,7 +151,10 @@ bool IPMI::execute(unsigned char netfn, unsigned char cmd, unsigned char lun,
     unsigned int length =
         received.msg.data_len < responseLength ? received.msg.data_len : responseLength;
     if (response != nullptr && length > 0)
+    {
         std::memcpy(response, data, length);
+        copied = static_cast<unsigned char>(length);
+    }
     return true;
 }
 
@@ -144,20 +165,35 @@ bool IPMI::execute(unsigned char netfn, unsigned char cmd, const unsigned char* 
     return execute(netfn, cmd, 0, request, requestLength, response, responseLength);
 }
 
+bool IPMI::execute(unsigned char netfn, unsigned char cmd, const unsigned char* request,
+                   const unsigned char& requestLength, unsigned char* response,
+                   const unsigned char& responseLength, unsigned char& received)
+{
+    return exchange(netfn, cmd, 0, request, requestLength, response, responseLength, received);
+}
+
 bool IPMI::supported()
 {
-    static bool s_supported = false;
-    if (!s_supported)
-    {
-        IPMI ipmi;
-        unsigned char response[16];
-        std::memset(response, 0xFF, sizeof response);
-        const unsigned char none = 0;
-        const unsigned char capacity = sizeof response;
-        s_supported =
-            ipmi.execute(0x06, 0x01, nullptr, none, response, capacity) && response[0] == 0;
-    }
-    return s_supported;
+    // Counted before waiting: a probe that another thread finished meanwhile
+    // is this caller's answer too, so a request that meets the start-up job's
+    // probe of a machine without a controller waits for it once, not twice.
+    const unsigned int probesBefore = __atomic_load_n(&s_probes, __ATOMIC_ACQUIRE);
+    return s_supportedCheck.holding(
+        [probesBefore]
+        {
+            if (s_supported || s_probes != probesBefore)
+                return s_lastAnswer;
+            IPMI ipmi;
+            unsigned char response[16];
+            std::memset(response, 0xFF, sizeof response);
+            const unsigned char none = 0;
+            const unsigned char capacity = sizeof response;
+            s_lastAnswer =
+                ipmi.execute(0x06, 0x01, nullptr, none, response, capacity) && response[0] == 0;
+            s_supported = s_lastAnswer;
+            __atomic_store_n(&s_probes, s_probes + 1, __ATOMIC_RELEASE);
+            return s_lastAnswer;
+        });
 }
 
 } // namespace Common

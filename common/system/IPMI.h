@@ -64,6 +64,11 @@ public:
     bool execute(unsigned char netfn, unsigned char cmd, const unsigned char* request,
                  const unsigned char& requestLength, unsigned char* response,
                  const unsigned char& responseLength);
+    // LUN 0; `received` is the number of reply bytes copied into `response`
+    // (completion code included): read no byte of `response` at or beyond it.
+    bool execute(unsigned char netfn, unsigned char cmd, const unsigned char* request,
+                 const unsigned char& requestLength, unsigned char* response,
+                 const unsigned char& responseLength, unsigned char& received);
     // LUN 0 with the records' sizes as the lengths.
     template <class Request, class Response>
     bool execute(unsigned char netfn, unsigned char cmd, const Request& request, Response& response)
@@ -83,12 +88,16 @@ private:
     // Runs the driver's module loading and device-node commands, then waits
     // 3 seconds for the device to appear.
     static void loadDriver();
+    bool exchange(unsigned char netfn, unsigned char cmd, unsigned char lun,
+                  const unsigned char* request, const unsigned char& requestLength,
+                  unsigned char* response, const unsigned char& responseLength,
+                  unsigned char& copied);
     static int openDevice();
 
     int m_device;
 };
 
-static_assert(sizeof(IPMI::_SET_BOOT_FLAGS) == 5, "wire layout");
+static_assert(sizeof(IPMI::_SET_BOOT_FLAGS) == 6, "wire layout");
 static_assert(sizeof(IPMI::_REQUEST_BOOT_FLAGS) == 3, "wire layout");
 static_assert(sizeof(IPMI::_GET_BOOT_FLAGS) == 7, "wire layout");
 static_assert(sizeof(IPMI::_SET_CHASSIS_CONTROL) == 1, "wire layout");

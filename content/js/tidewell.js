@@ -5,12 +5,12 @@
 
 const Tidewell = (() => {
   const texts = {
-    en: { start: 'Start', summary: 'System', storage: 'Storage', bootorder: 'Boot order', os: 'Operating system',
-          copy: 'Copy', restart: 'Restart', language: 'Language' },
+    en: { start: 'Start', summary: 'System', storage: 'Storage', bootorder: 'Boot order',
+          wd100: 'Management processor', os: 'Operating system', copy: 'Copy', restart: 'Restart', language: 'Language' },
     de: { start: 'Start', summary: 'System', storage: 'Speicher', bootorder: 'Startreihenfolge',
-          os: 'Betriebssystem', copy: 'Kopieren', restart: 'Neustart', language: 'Sprache' },
+          wd100: 'Management-Prozessor', os: 'Betriebssystem', copy: 'Kopieren', restart: 'Neustart', language: 'Sprache' },
     fr: { start: 'Accueil', summary: 'Syst\u00e8me', storage: 'Stockage', bootorder: 'Ordre de d\u00e9marrage',
-          os: "Syst\u00e8me d'exploitation", copy: 'Copie', restart: 'Red\u00e9marrage', language: 'Langue' },
+          wd100: 'Processeur de gestion', os: "Syst\u00e8me d'exploitation", copy: 'Copie', restart: 'Red\u00e9marrage', language: 'Langue' },
   };
 
   function language() {

@@ -12,7 +12,7 @@ void Index(NSP& nsp);        // start page redirect
 void AllStorage(NSP& nsp);   // storage inventory
 void Debug(NSP& nsp);        // debug log
 void Hardware(NSP& nsp);     // system summary
-void Wd100(NSP& nsp);        // management processor settings: never available
+void Wd100(NSP& nsp);        // management processor settings
 void OSTree(NSP& nsp);       // operating-system catalogue
 void FSETReset(NSP& nsp);    // firmware-setup reset
 void Reboot(NSP& nsp);       // reboot
@@ -20,7 +20,7 @@ void SetBootOrder(NSP& nsp); // boot order
 void System(NSP& nsp);       // file, folder and program services
 void Unattended(NSP& nsp);   // answer files
 
-// {"ErrorCode":1}: the answer of a page whose collection has not landed yet
-// (and, for good, of "wd100.nsp"), or does not support this machine.
+// {"ErrorCode":1}: the answer of a page whose collection has not landed yet,
+// or does not support this machine.
 void NotAvailable(NSP& nsp);
 } // namespace Pages

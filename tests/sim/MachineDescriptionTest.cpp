@@ -8,6 +8,7 @@
 #include "common/system/SMBios.h"
 #include "tests/support/SimulatedServer.h"
 
+#include <array>
 #include <string>
 
 using Common::System::PCI;
@@ -86,7 +87,47 @@ TEST(MachineDescription, FaultsAndMistakesAreReported)
         "<Machine><Rom><Variable name=\"RXHIPL\" bytes=\"0x01 0x100\"/></Rom></Machine>", machine,
         error));
     EXPECT_EQ("<Variable> bytes=\"0x01 0x100\" holds \"0x100\", not a byte", error);
+    EXPECT_FALSE(Sim::MachineDescription::Parse(
+        "<Machine><Disk bus=\"3\" name=\"sda\"/><Disk bus=\"4\" name=\"sda\"/></Machine>", machine,
+        error));
+    EXPECT_EQ("a second disk named \"sda\"", error);
     EXPECT_FALSE(Sim::MachineDescription::Parse("<Server/>", machine, error));
     EXPECT_FALSE(Sim::MachineDescription::Load("/nonexistent/machine.xml", machine, error));
     EXPECT_EQ("cannot read /nonexistent/machine.xml", error);
+}
+
+TEST(MachineDescription, ManagementControllerWithUsersLANAndSOL)
+{
+    Sim::Machine machine;
+    std::string error;
+    ASSERT_TRUE(
+        Sim::MachineDescription::Load(SIM_MACHINES_DIR "/brightline-cedar.xml", machine, error))
+        << error;
+    Sim::ManagementController& controller = *machine.managementController();
+    EXPECT_EQ(8u, controller.users().size());
+    EXPECT_EQ(0, controller.powerRestorePolicy);
+    Sim::ManagementUser& operatorUser = controller.users().user(3);
+    EXPECT_EQ("nightdesk", operatorUser.name);
+    EXPECT_TRUE(operatorUser.enabled);
+    EXPECT_EQ(3, operatorUser.privilege);
+    EXPECT_FALSE(controller.users().user(4).enabled);
+    EXPECT_EQ(2, controller.lan().ipSource);
+    EXPECT_EQ((std::array<std::uint8_t, 4>{10, 20, 0, 57}), controller.lan().address);
+    EXPECT_EQ((std::array<std::uint8_t, 6>{0x02, 0x42, 0xB1, 0x0C, 0x3E, 0x57}),
+              controller.lan().mac);
+    EXPECT_EQ(120, controller.lan().vlan);
+    EXPECT_EQ(9, controller.sol().nonVolatileBitRate);
+
+    Sim::Machine bad;
+    EXPECT_FALSE(Sim::MachineDescription::Parse(
+        "<Machine><ManagementController><Lan address=\"10.0.0\"/></ManagementController>"
+        "</Machine>",
+        bad, error));
+    EXPECT_EQ("<Lan> address=\"10.0.0\" is not an address", error);
+    Sim::Machine badPrivilege;
+    EXPECT_FALSE(Sim::MachineDescription::Parse(
+        "<Machine><ManagementController><User id=\"3\" privilege=\"root\"/>"
+        "</ManagementController></Machine>",
+        badPrivilege, error));
+    EXPECT_EQ("<User> privilege=\"root\" is not a privilege", error);
 }

@@ -1,9 +1,12 @@
 #!/bin/sh
-# The chassis-control program of the virtual server's controller simulator
-# (ipmi_sim): it keeps each value it is given in a file of the folder STATE
-# and logs every call there.
-#   chassis_control.sh STATE MC get NAME...       prints "NAME:VALUE" lines
-#   chassis_control.sh STATE MC set NAME VALUE...
+# The chassis-control and LAN-configuration program of the virtual server's
+# controller simulator (ipmi_sim): it keeps each value it is given in a file
+# of the folder STATE and logs every call there. LABEL (the controller's
+# address, or "lan") only marks the calls in the log; the names share one
+# folder, so the two uses must not share a name.
+#   chassis_control.sh STATE LABEL get NAME...       prints "NAME:VALUE" lines
+#   chassis_control.sh STATE LABEL set NAME VALUE...
+#   chassis_control.sh STATE LABEL check NAME VALUE  accepts every value
 state=$1
 shift
 echo "$*" >>"$state/chassis.log"

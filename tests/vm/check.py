@@ -12,55 +12,18 @@ import re
 import sys
 import xml.etree.ElementTree as ElementTree
 
+import verdict
+from console import Boot, ControllerReadings, json_answer
+from controller_checks import check_controller_start
+from ipmitool_text import boot_parameter_data
+from verdict import check
+from wd100_checks import check_wd100
+
 STORAGE_CLASSES = {"0100", "0101", "0104", "0105", "0106", "0107", "0c04"}
-failures = 0
 
 
 def hex_text(data):
     return " ".join(f"{byte:02x}" for byte in data)
-
-
-def check(name, expected, actual):
-    global failures
-    passed = expected == actual and expected not in ("", None)
-    failures += not passed
-    print(f"CHECK {name} {'PASS' if passed else 'FAIL'} expected={expected} actual={actual}")
-
-
-class Boot:
-    """One boot's console: the sections between "@@BEGIN" and "@@END", the
-    marker lines, and QEMU's exit status."""
-
-    def __init__(self, work, name):
-        self.name = name
-        with open(os.path.join(work, f"{name}.log"), errors="replace") as log:
-            self.lines = [line.rstrip("\r\n").replace("\r", "") for line in log]
-        with open(os.path.join(work, f"{name}.status")) as status:
-            self.status = int(status.read())
-        self.sections = {}
-        current = None
-        for line in self.lines:
-            if line.startswith("@@BEGIN "):
-                current = line.split(" ", 1)[1]
-                body = []
-            elif line.startswith("@@END ") and current is not None:
-                self.sections[current] = "\n".join(body).strip("\n")
-                current = None
-            elif current is not None:
-                body.append(line)
-
-    def section(self, name):
-        return self.sections.get(name)
-
-    def has(self, text):
-        return any(text in line for line in self.lines)
-
-
-def json_answer(text):
-    try:
-        return json.loads(text)
-    except (TypeError, ValueError):
-        return {}
 
 
 def dmi_record(text, offset):
@@ -233,14 +196,17 @@ SELECTOR_NAMES = {15: "floppy", 2: "hd", 5: "cdrom", 1: "pxe", 6: "fset", 0: "de
 
 def boot_flags_request(step):
     """Set System Boot Options for a Perform of `step` (names joined by ":"):
-    parameter 5, then boot-flag data bytes 1..4: valid and persistent, the
-    first name's selector shifted left by 2, two zero bytes."""
+    parameter 5, then boot-flag data bytes 1..5: valid and persistent, the
+    first name's selector shifted left by 2, three zero bytes."""
     selector = SELECTORS[step.split(":")[0].lower()]
-    return [0x05, 0xC0, selector << 2, 0x00, 0x00]
+    return [0x05, 0xC0, selector << 2, 0x00, 0x00, 0x00]
 
 
 # The restart's one-time target PXE: valid for the next boot only, selector 1.
-RESTART_REQUEST = [0x05, 0x80, 1 << 2, 0x00, 0x00]
+RESTART_REQUEST = [0x05, 0x80, 1 << 2, 0x00, 0x00, 0x00]
+# The firmware-setup reset without ROM variables: valid for the next boot,
+# clear CMOS.
+CLEAR_CMOS_REQUEST = [0x05, 0x80, 0x80, 0x00, 0x00, 0x00]
 
 
 class SimulatedController:
@@ -261,7 +227,10 @@ class SimulatedController:
         return "00"
 
     def get(self):
-        return hex_text([1, 5, 0, self.selector << 2, 0, 0, 0])
+        return hex_text([1, 5] + self.data())
+
+    def data(self):
+        return [0, self.selector << 2, 0, 0, 0]
 
 
 def flags_read(text):
@@ -315,7 +284,7 @@ def boot_option_sets(work):
             for sequence, request in requests]
 
 
-def check_boot_order(boot, work):
+def check_boot_order(boot, work, readings):
     fixed = ('{"ErrorCode":0,"Order":[{"Name":"Default","Value":"Default"},'
              '{"Name":"A:","Value":"floppy"},{"Name":"C:","Value":"hd"},'
              '{"Name":"CD","Value":"cdrom"},{"Name":"USB","Value":"usb"},'
@@ -351,13 +320,19 @@ def check_boot_order(boot, work):
         check(f"setbootorder.perform.{step}.controller-answer", expected_answer, answer)
         check(f"setbootorder.perform.{step}.bootflags", controller.get(),
               flags_read(boot.section(f"bootflags.{step}")))
+        check(f"setbootorder.perform.{step}.lan.bootparam", hex_text(controller.data()).replace(" ", ""),
+              boot_parameter_data(readings.reading(f"bootorder.{step}", "bootflags")))
         check(f"setbootorder.perform.{step}.CurrentOrder", name,
               json.dumps(performed.get("CurrentOrder")))
         check(f"setbootorder.perform.{step}.query.CurrentOrder", name,
               current_order(boot.section(f"bootorder.query.{step}")))
-    restart = sets[len(BOOT_ORDER_STEPS)] if len(sets) > len(BOOT_ORDER_STEPS) else (None, None)
-    check("reboot.target-PXE.request", hex_text(RESTART_REQUEST), restart[0])
-    check("boot-flags.no-further-sets", len(BOOT_ORDER_STEPS) + 1, len(sets))
+    # Then the firmware-setup reset's clear-CMOS request and the restart's
+    # one-time target, and nothing else.
+    later = sets[len(BOOT_ORDER_STEPS):] + [(None, None)] * 2
+    check("fsetreset.perform.answer", '{"ErrorCode":0}', boot.section("fsetreset"))
+    check("fsetreset.clear-cmos.request", hex_text(CLEAR_CMOS_REQUEST), later[0][0])
+    check("reboot.target-PXE.request", hex_text(RESTART_REQUEST), later[1][0])
+    check("boot-flags.no-further-sets", len(BOOT_ORDER_STEPS) + 2, len(sets))
 
 
 def firmware_directories(path):
@@ -411,10 +386,14 @@ def main():
     arguments = parser.parse_args()
 
     main_boot = Boot(arguments.work, "main")
+    readings = ControllerReadings(arguments.work)
     check("main.ready", True, main_boot.has("@@READY main"))
+    check("main.controller-readings-answered", False, main_boot.has("@@NO-READING"))
+    check_controller_start(readings)
     check_smbios(main_boot, check_hardware(main_boot, "Yes"))
     check_storage(main_boot)
-    check_boot_order(main_boot, arguments.work)
+    check_boot_order(main_boot, arguments.work, readings)
+    check_wd100(main_boot, readings)
     check_rom(main_boot, arguments.firmware)
     check_restart(main_boot, "warm")
 
@@ -427,8 +406,8 @@ def main():
     check("nobmc.no-kernel-panic", False, nobmc.has("Kernel panic"))
     check("nobmc.qemu-ended", "0", str(nobmc.status))
 
-    print(f"virtual-server checks: {failures} failed")
-    return 1 if failures else 0
+    print(f"virtual-server checks: {verdict.failures} failed")
+    return 1 if verdict.failures else 0
 
 
 if __name__ == "__main__":

@@ -73,6 +73,26 @@ smbios_oracle() {
 boot_flags() {
   ipmitool -I open raw 0x00 0x09 0x05 0x00 0x00 2>&1 | grep -v "IANA PEN registry"
 }
+# A reading of the management controller by ipmitool on the host, over the
+# controller's LAN channel (main boot only): one request line on the second
+# serial port, "<name> <reading>...", answered by "done <name>" once the host
+# has written the readings down (tests/vm/controller_reader.py). The host's
+# time limit per reading bounds the wait.
+controller_reading() {
+  echo "$*" >&4
+  read -r -t 90 reply <&4 || echo "@@NO-READING $1"
+}
+# One change through the management processor page: the request, the page's
+# answer, its Query afterwards and the host's readings of the controller.
+# (section() sets "name", hence the locals.)
+wd100_step() {
+  local step=$1 request=$2
+  shift 2
+  section "wd100.$step.request" echo "$request"
+  section "wd100.$step" page "wd100.nsp?$request"
+  section "wd100.$step.query" page "wd100.nsp?Command=Query"
+  controller_reading "wd100.$step" "$@"
+}
 restart() {
   echo "@@RESTART $1"
   page "reboot.nsp?Command=Perform&Target=$2&ColdBoot=$3"
@@ -88,6 +108,9 @@ echo "@@READY $case"
 
 case $case in
 main)
+  exec 4<>/dev/ttyS1
+  stty raw -echo <&4
+  controller_reading start lan users sol chassis channel access2
   section hardware page "hardware.nsp?Command=Query"
   smbios_oracle
   section startup.allstorage cat "$content/cfg/allstorage.xml"
@@ -106,14 +129,36 @@ main)
     section "bootflags.ipmitool.$device" boot_flags
     section "bootorder.query.ipmitool.$device" page "setbootorder.nsp?Command=Query"
   done
-  # Each order set, then the boot flags as ipmitool reads them and the
-  # page's own read-back.
+  # Each order set, then the boot flags as ipmitool reads them here and on
+  # the host, and the page's own read-back.
   for step in cdrom usb:cdrom pxe Default; do
     orders=$(echo "$step" | sed 's/^/\&Order=/; s/:/\&Order=/g')
     section "bootorder.$step" page "setbootorder.nsp?Command=Perform$orders"
     section "bootflags.$step" boot_flags
+    controller_reading "bootorder.$step" bootflags
     section "bootorder.query.$step" page "setbootorder.nsp?Command=Query"
   done
+  # The management processor page's Query and each change, in an order
+  # that tests/vm/wd100_checks.py knows: network, users (the last enabled
+  # administrator must stay), services, power-restore policy.
+  section wd100.query page "wd100.nsp?Command=Query"
+  controller_reading wd100.query mc lan users access2 sol channel chassis
+  wd100_step network "Command=SetNetwork&IPAddress=192.168.40.77&SubnetMask=255.255.0.0&Gateway=192.168.40.254&VLANID=12" lan
+  wd100_step dhcp "Command=SetNetwork&IPSource=DHCP&VLANID=0" lan
+  wd100_step bad-mask "Command=SetNetwork&SubnetMask=255.0.255.0" lan
+  wd100_step user-add "Command=SetUser&ID=3&Name=operator7&Password=tide-pass-7&Privilege=Operator&Enabled=Yes" users access3
+  wd100_step user-disable "Command=SetUser&ID=3&Enabled=No" users access3
+  wd100_step bad-name "Command=SetUser&ID=4&Name=a-name-of-17-char" users access4
+  wd100_step sol "Command=SetServices&SOLEnabled=No&BaudRate=57600" sol
+  wd100_step sol-on "Command=SetServices&SOLEnabled=Yes&BaudRate=19200" sol
+  wd100_step lan-off "Command=SetServices&LANEnabled=No" channel
+  wd100_step power "Command=SetPowerPolicy&Policy=AlwaysOn" chassis
+  # Last: should the page disable the last administrator after all, the
+  # steps before are still checked.
+  wd100_step lockout "Command=SetUser&ID=2&Enabled=No" users access2
+  # Without ROM variables the firmware-setup reset asks the controller to
+  # clear CMOS at the next start.
+  section fsetreset page "fsetreset.nsp?Command=Perform"
   section rom "$tidewell/vm_rom_probe"
   section stderr cat /tmp/stderr.log
   # The one-time target reaches the management controller before the restart.

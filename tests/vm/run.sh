@@ -4,9 +4,12 @@
 # times, each within a time limit:
 #   main   all storage controllers and OpenIPMI's controller simulator
 #          (ipmi_sim on the host, unprivileged), which keeps the boot device
-#          of the boot flags: the pages against dmidecode, lspci, sysfs, the
-#          firmware image and the boot flags that ipmitool reads back, then a
-#          warm restart through reboot.nsp;
+#          of the boot flags and offers a LAN channel with serial-over-LAN on
+#          a loopback port: the pages against dmidecode, lspci, sysfs, the
+#          firmware image, the boot flags that ipmitool reads back in the
+#          guest and the controller's settings that ipmitool reads over the
+#          LAN on the host whenever the guest asks (controller_reader.py);
+#          then a warm restart through reboot.nsp;
 #   cold   QEMU's simulated management controller: a cold restart through
 #          reboot.nsp (the controller's chassis reset);
 #   nobmc  no management controller.
@@ -105,13 +108,48 @@ bmc=(-device ipmi-bmc-sim,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0)
 sim=$work/ipmi_sim
 rm -rf "$sim"
 mkdir -p "$sim/state"
-sim_port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+free_port() {
+  python3 -c "import socket; s = socket.socket(type=socket.$1); s.bind(('127.0.0.1', 0)); print(s.getsockname()[1])"
+}
+sim_port=$(free_port SOCK_STREAM)
+# LAN channel 1 (UDP) on another free loopback port, for ipmitool on the host
+# as the operator "lanreader" (ID 6): reading needs no more, and neither the
+# page's changes to the users nor the last administrator's rule touch it.
+# ipmi_sim asks its LAN-configuration program for the IP
+# settings (seeded here) and keeps the VLAN, user and SOL settings itself.
+# SOL's serial port is a TCP port where nothing listens: the settings exist,
+# and ipmi_sim keeps trying to connect.
+lan_port=$(free_port SOCK_DGRAM)
+lan_user=lanreader
+lan_password=tidewell-lan
 cat >"$sim/lan.conf" <<EOF
 name "tidewell"
 set_working_mc 0x20
+  startlan 1
+    addr 127.0.0.1 $lan_port
+    priv_limit admin
+    allowed_auths_callback none md2 md5 straight
+    allowed_auths_user none md2 md5 straight
+    allowed_auths_operator none md2 md5 straight
+    allowed_auths_admin none md2 md5 straight
+    guid 7469646577656c6c2d6c616e2d303031
+    lan_config_program "$here/chassis_control.sh $sim lan"
+  endlan
   serial kcs 127.0.0.1 $sim_port codec VM
   chassis_control "$here/chassis_control.sh $sim 0x20"
+  sol "tcp:127.0.0.1:$(free_port SOCK_STREAM)" 115200
+  user 1 false "" "" user 10 none md2 md5 straight
+  user 2 true "admin" "tidewell-admin" admin 10 none md2 md5 straight
+  user 6 true "$lan_user" "$lan_password" operator 10 none md2 md5 straight
 EOF
+# The chassis is on while the guest runs: Get Chassis Status asks the
+# chassis-control program for "power".
+echo 1 >"$sim/value.power"
+for setting in ip_addr_src=static ip_addr=192.168.40.12 subnet_mask=255.255.255.0 \
+  default_gw_ip_addr=192.168.40.1 default_gw_mac_addr=02:1a:7e:00:00:fe \
+  mac_addr=02:1a:7e:00:00:01 backup_gw_ip_addr=0.0.0.0 backup_gw_mac_addr=00:00:00:00:00:00; do
+  echo "${setting#*=}" >"$sim/value.${setting%%=*}"
+done
 cat >"$sim/bmc.emu" <<EOF
 mc_setbmc 0x20
 mc_add 0x20 0 no-device-sdrs 0x23 9 8 0x9f 0x1291 0xf02
@@ -123,12 +161,15 @@ if [[ $(id -u) -eq 0 ]]; then
   run_as=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
 fi
 sim_pid=
+reader_pid=
 stop_sim() {
-  if [[ -n $sim_pid ]]; then
-    kill "$sim_pid" 2>/dev/null || true
-    wait "$sim_pid" 2>/dev/null || true
-  fi
+  local pid
+  for pid in $reader_pid $sim_pid; do
+    kill "$pid" 2>/dev/null || true
+    wait "$pid" 2>/dev/null || true
+  done
   sim_pid=
+  reader_pid=
 }
 trap stop_sim EXIT
 # -d writes every message that reaches the controller to its standard
@@ -136,7 +177,7 @@ trap stop_sim EXIT
 # open while it runs.
 mkfifo "$sim/input"
 exec 3<>"$sim/input"
-"${run_as[@]}" timeout -k 5 200 "$openipmi/usr/bin/ipmi_sim" -d -c "$sim/lan.conf" -f "$sim/bmc.emu" -s "$sim/state" \
+"${run_as[@]}" timeout -k 5 300 "$openipmi/usr/bin/ipmi_sim" -d -c "$sim/lan.conf" -f "$sim/bmc.emu" -s "$sim/state" \
   <&3 >"$sim/ipmi_sim.log" 2>&1 &
 sim_pid=$!
 exec 3>&-
@@ -144,6 +185,17 @@ extern_bmc=(
   -chardev "socket,id=ipmi0,host=127.0.0.1,port=$sim_port,reconnect=1"
   -device ipmi-bmc-extern,chardev=ipmi0,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0
 )
+# The guest's second serial port carries its requests for readings of the
+# controller over the LAN, and the host's replies (QEMU's pipe device opens
+# reader.in and reader.out).
+reader=$work/reader
+rm -f "$reader.in" "$reader.out" "$work/main.controller.log"
+mkfifo "$reader.in" "$reader.out"
+timeout -k 5 300 python3 "$here/controller_reader.py" --fifo "$reader" --port "$lan_port" \
+  --user "$lan_user" --password "$lan_password" --output "$work/main.controller.log" \
+  >"$work/reader.log" 2>&1 &
+reader_pid=$!
+reader_serial=(-chardev "pipe,id=reader,path=$reader" -serial chardev:reader)
 storage=(
   -drive "if=ide,index=0,$(disk ide 40M)"
   -drive "if=ide,index=2,media=cdrom"
@@ -169,21 +221,23 @@ boot() {
   echo "boot $name: exit status $status, $((SECONDS - begun)) s"
   echo "$status" >"$work/$name.status"
 }
-boot main 120 "${machine[@]}" "${extern_bmc[@]}" "${storage[@]}"
+boot main 240 "${machine[@]}" "${extern_bmc[@]}" "${reader_serial[@]}" "${storage[@]}"
 stop_sim
 boot cold 60 "${machine[@]}" "${bmc[@]}" "${storage[@]}"
 boot nobmc 90 "${machine[@]}" "${storage[@]}"
 
 status=0
-python3 "$here/check.py" --work "$work" --firmware "$firmware" || status=$?
+python3 -B "$here/check.py" --work "$work" --firmware "$firmware" || status=$?
 if [[ $status -ne 0 ]]; then
   for name in main cold nobmc; do
     echo "== $name: QEMU's messages, then the console's last lines"
     cat "$work/$name.qemu.log"
     tail -n 30 "$work/$name.log"
   done
-  echo "== ipmi_sim's messages, then its chassis-control calls"
+  echo "== ipmi_sim's messages, then its chassis-control and LAN-configuration calls"
   cat "$sim/ipmi_sim.log" "$sim/chassis.log" 2>/dev/null || true
+  echo "== the host's controller reader"
+  cat "$work/reader.log" 2>/dev/null || true
 fi
 echo "virtual-server test: $((SECONDS - started)) s in all (${accel[*]})"
 exit $status

@@ -161,6 +161,51 @@ test('setup pages in Chromium', async (t) => {
     await photograph(page, 'restart');
   });
 
+  await t.test('the management processor page saves each change and shows what the controller then reads', async () => {
+    const query = () => page.evaluate(() => fetch('/wd100.nsp?Command=Query', { cache: 'no-store' }).then((answer) => answer.json()));
+    // Each save ends with a new status line; the old one goes first.
+    const saveWith = async (button) => {
+      await page.evaluate(() => document.getElementById('status').replaceChildren());
+      await page.click(button);
+      await page.waitForSelector('#status .status');
+      return page.textContent('#status');
+    };
+    const userRow = (name) => page.locator('#users tr', { has: page.locator('td.name', { hasText: new RegExp(`^${name}$`) }) });
+    await page.goto(new URL('/wd100.htm', bridge.url).href);
+    await page.waitForSelector('#identity table.values');
+    const before = await query();
+    assert.equal(before.ErrorCode, 0);
+    assert.equal(await page.inputValue('#IPAddress'), before.Network.IPAddress);
+
+    await page.fill('#IPAddress', '192.168.40.99');
+    await page.fill('#Gateway', '192.168.40.254');
+    await page.fill('#VLANID', '42');
+    assert.match(await saveWith('#save-network'), /^Saved/);
+    const network = (await query()).Network;
+    assert.deepEqual([network.IPAddress, network.Gateway, network.VLANID, network.SubnetMask],
+      ['192.168.40.99', '192.168.40.254', 42, before.Network.SubnetMask]);
+    assert.equal(await page.inputValue('#VLANID'), '42');
+
+    await page.click('#add-user');
+    await page.fill('#UserName', 'nightshift');
+    await page.fill('#UserPassword', 'tide-4-night');
+    await page.selectOption('#UserPrivilege', 'Operator');
+    assert.match(await saveWith('#save-user'), /^Saved/);
+    assert.deepEqual(await userRow('nightshift').locator('td').allTextContents(),
+      [String((await query()).Users.find((user) => user.Name === 'nightshift').ID), 'nightshift', 'Operator', 'Yes', 'EditDisable']);
+
+    await userRow('nightshift').locator('button', { hasText: 'Disable' }).click();
+    await page.waitForFunction(() => [...document.querySelectorAll('#users tr')].some((row) =>
+      row.querySelector('td.name').textContent === 'nightshift' && row.querySelector('td.enabled').textContent === 'No'));
+    assert.equal((await query()).Users.find((user) => user.Name === 'nightshift').Enabled, 'No');
+
+    await page.fill('#SubnetMask', '255.0.255.0');
+    assert.equal(await saveWith('#save-network'), 'Not a valid value: SubnetMask.');
+    assert.equal(await page.inputValue('#SubnetMask'), before.Network.SubnetMask);
+    assert.equal((await query()).Network.SubnetMask, before.Network.SubnetMask);
+    await photograph(page, 'wd100');
+  });
+
   await t.test('two tabs asking at once each get their own intact answers', async () => {
     const second = await browser.context.newPage();
     t.after(() => second.close());
