@@ -1,6 +1,7 @@
 #include "collection/SetBootOrder.h"
 
 #include "collection/ChassisCommands.h"
+#include "common/StaticMutex.h"
 #include "common/Map.h"
 #include "common/system/EnvironmentVariable.h"
 #include "common/system/IPMI.h"
@@ -38,6 +39,12 @@ const unsigned char kValidForEveryBoot = 0xC0;
 
 Common::map<Common::istring, unsigned char> s_nameToType;
 Common::map<unsigned char, Common::istring> s_typeToName;
+
+// The cached answer of supported(), which may be asked beside the start-up
+// job's own probes.
+Common::Synchronization::StaticMutex s_supportedCheck;
+bool s_supportedKnown = false;
+bool s_supported = false;
 
 bool isNetwork(unsigned short type)
 {
@@ -132,14 +139,16 @@ SetBootOrder::SetBootOrder() : m_romPath(Common::EnvironmentVariable::supported(
 
 bool SetBootOrder::supported() const
 {
-    static bool s_known = false;
-    static bool s_supported = false;
-    if (!s_known)
-    {
-        s_supported = m_romPath || Common::IPMI::supported();
-        s_known = true;
-    }
-    return s_supported;
+    return s_supportedCheck.holding(
+        [this]
+        {
+            if (!s_supportedKnown)
+            {
+                s_supported = m_romPath || Common::IPMI::supported();
+                s_supportedKnown = true;
+            }
+            return s_supported;
+        });
 }
 
 int SetBootOrder::setOrder(const Common::list<Common::istring>& names)

@@ -6,6 +6,8 @@
 #include "common/OutputStreamToFile.h"
 #include "common/SharedPtr.h"
 
+#include <cstdio>
+
 namespace Collection
 {
 namespace
@@ -86,8 +88,13 @@ bool Unattend::writeToFile(Common::string const& path)
     Common::shared_ptr<Common::OutputStream> file(new Common::OutputStreamToFile(path, false));
     if (!file->isOpen())
         return false;
-    *file << content;
-    return true;
+    if (file->Accept(content.c_str(), content.size()))
+        return true;
+    // A disk that filled up: a cut answer file must not be taken for a
+    // whole one by the installation that reads it.
+    file = Common::shared_ptr<Common::OutputStream>();
+    std::remove(path.c_str());
+    return false;
 }
 
 void Unattend::render()

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <stdexcept>
+#include <string>
 
 namespace Sim
 {
@@ -27,8 +29,14 @@ public:
     std::uint32_t readPort(std::uint16_t port, unsigned width);
     void writePort(std::uint16_t port, unsigned width, std::uint32_t value);
 
+    // Throws std::invalid_argument for a device above 31 or a function above
+    // 7: the configuration address has no room for them, so such a function
+    // would never answer. A server of many functions spreads them over buses.
     template <class Function> Function& add(PciLocation at, std::unique_ptr<Function> function)
     {
+        if (at.device > 31 || at.function > 7)
+            throw std::invalid_argument("no PCI function " + std::to_string(at.device) + "." +
+                                        std::to_string(at.function) + " on a bus");
         Function& added = *function;
         m_functions[at] = std::move(function);
         return added;

@@ -1,5 +1,7 @@
 #include "sim/Machine.h"
 
+#include <stdexcept>
+
 namespace Sim
 {
 
@@ -103,6 +105,13 @@ void Machine::addRoutingLine(RoutingLine const& line)
 {
     m_hasVlmpci = true;
     m_routingLines.push_back(line);
+}
+
+void Machine::addDisk(Disk const& disk)
+{
+    if (!m_diskNames.insert(disk.name).second)
+        throw std::invalid_argument("a second disk named \"" + disk.name + "\"");
+    m_disks.push_back(disk);
 }
 
 void Machine::recordReboot(RebootCall const& call)

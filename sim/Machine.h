@@ -131,7 +131,9 @@ public:
     void addEmptyBusDirectory(std::uint8_t bus) { m_emptyBuses.insert(bus); }
     std::set<std::uint8_t> const& emptyBusDirectories() const { return m_emptyBuses; }
 
-    void addDisk(Disk const& disk) { m_disks.push_back(disk); }
+    // Throws std::invalid_argument when another disk has the same kernel
+    // name: both would be "/sys/block/<name>".
+    void addDisk(Disk const& disk);
     std::vector<Disk> const& disks() const { return m_disks; }
 
     // Places the code stub of `service` at physical address `entry`: the ROM
@@ -175,6 +177,7 @@ private:
     std::vector<RoutingLine> m_routingLines;
     std::set<std::uint8_t> m_emptyBuses;
     std::vector<Disk> m_disks;
+    std::set<std::string> m_diskNames;
     std::map<std::uint32_t, RomEntry> m_rom;
     EnvironmentStore m_environment;
     std::vector<RoutingLine> m_romRoutes;

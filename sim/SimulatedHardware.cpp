@@ -5,6 +5,7 @@
 #include "platform/RomCall.h"
 
 #include <algorithm>
+#include <mutex>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -45,6 +46,7 @@ bool SimulatedHardware::install()
 
 void SimulatedHardware::refreshFiles()
 {
+    Held held(m_lock);
     if (m_root.empty())
         return;
     std::error_code ignored;
@@ -55,11 +57,13 @@ void SimulatedHardware::refreshFiles()
 
 Common::string SimulatedHardware::path(char const* fixedPath) const
 {
+    Held held(m_lock);
     return Common::string((m_root.string() + fixedPath).c_str());
 }
 
 int SimulatedHardware::openMemory(bool)
 {
+    Held held(m_lock);
     if (m_machine.faults().noPhysicalMemory)
     {
         errno = EACCES;
@@ -72,6 +76,7 @@ int SimulatedHardware::openMemory(bool)
 bool SimulatedHardware::readMemory(int memory, unsigned long long address, void* buffer,
                                    unsigned length)
 {
+    Held held(m_lock);
     if (m_openMemory.count(memory) == 0 || !m_machine.memory().contains(address, length))
         return false;
     std::memcpy(buffer, m_machine.memory().at(address), length);
@@ -81,6 +86,7 @@ bool SimulatedHardware::readMemory(int memory, unsigned long long address, void*
 void* SimulatedHardware::mapMemory(int memory, unsigned long long address, unsigned length, bool,
                                    bool executable)
 {
+    Held held(m_lock);
     if (m_openMemory.count(memory) == 0 || m_machine.faults().noMemoryMapping || length == 0 ||
         address % 4096 != 0 || !m_machine.memory().contains(address, length))
         return nullptr;
@@ -91,6 +97,7 @@ void* SimulatedHardware::mapMemory(int memory, unsigned long long address, unsig
 
 bool SimulatedHardware::unmapMemory(void* mapping, unsigned length)
 {
+    Held held(m_lock);
     for (auto at = m_mappings.begin(); at != m_mappings.end(); ++at)
         if (at->begin == mapping && at->length == length)
         {
@@ -111,22 +118,26 @@ bool SimulatedHardware::executable(void const* entry) const
 
 bool SimulatedHardware::closeMemory(int memory)
 {
+    Held held(m_lock);
     return m_openMemory.erase(memory) == 1;
 }
 
 bool SimulatedHardware::raiseIOPrivilege()
 {
+    Held held(m_lock);
     m_ioPrivilege = !m_machine.faults().noIOPrivilege;
     return m_ioPrivilege;
 }
 
 std::uint32_t SimulatedHardware::readPort(unsigned short port, unsigned width)
 {
+    Held held(m_lock);
     return m_ioPrivilege ? m_machine.readPort(port, width) : HostBridge::allOnes(width);
 }
 
 void SimulatedHardware::writePort(unsigned short port, unsigned width, std::uint32_t value)
 {
+    Held held(m_lock);
     if (m_ioPrivilege)
         m_machine.writePort(port, width, value);
 }
@@ -163,6 +174,7 @@ void SimulatedHardware::writePort32(unsigned short port, unsigned int value)
 
 void SimulatedHardware::callROM(RomCallRegisters& registers, void* entry, int mode)
 {
+    Held held(m_lock);
     // Entry points are addresses inside mappings, which point straight into
     // the machine's memory. Only the code stub of a service is entered, and
     // only in the mode it returns for: anything else would crash the process,
@@ -182,6 +194,7 @@ void SimulatedHardware::callROM(RomCallRegisters& registers, void* entry, int mo
 
 int SimulatedHardware::openIPMI(char const* devicePath)
 {
+    Held held(m_lock);
     ManagementController const* controller = m_machine.managementController();
     std::string path = devicePath != nullptr ? devicePath : "";
     bool opens = controller != nullptr &&
@@ -198,11 +211,14 @@ int SimulatedHardware::openIPMI(char const* devicePath)
 
 void SimulatedHardware::closeIPMI(int device)
 {
+    Held held(m_lock);
     m_openIPMI.erase(device);
+    m_replies.erase(device);
 }
 
 int SimulatedHardware::sendIPMI(int device, ipmi_req& request)
 {
+    Held held(m_lock);
     ManagementController* controller = m_machine.managementController();
     if (m_openIPMI.count(device) == 0 || controller == nullptr)
     {
@@ -224,21 +240,23 @@ int SimulatedHardware::sendIPMI(int device, ipmi_req& request)
         received.data.assign(request.msg.data, request.msg.data + request.msg.data_len);
     std::optional<std::vector<std::uint8_t>> reply = controller->answer(received);
     if (reply)
-        m_replies.push_back({m_machine.clock().now() + controller->replyDelayMicroseconds,
+        m_replies[device].push_back({m_machine.clock().now() + controller->replyDelayMicroseconds,
                              request.msgid, received, *reply});
     return 0;
 }
 
 bool SimulatedHardware::waitForIPMIReply(int device, unsigned timeoutMilliseconds)
 {
+    Held held(m_lock);
     if (m_openIPMI.count(device) == 0)
         return false;
+    std::deque<PendingReply> const& replies = m_replies[device];
     std::uint64_t now = m_machine.clock().now();
     std::uint64_t deadline = now + timeoutMilliseconds * 1000ull;
-    if (!m_replies.empty() && m_replies.front().readyAt <= deadline)
+    if (!replies.empty() && replies.front().readyAt <= deadline)
     {
-        if (m_replies.front().readyAt > now)
-            m_machine.clock().advance(m_replies.front().readyAt - now);
+        if (replies.front().readyAt > now)
+            m_machine.clock().advance(replies.front().readyAt - now);
         return true;
     }
     m_machine.clock().advance(deadline - now);
@@ -247,14 +265,20 @@ bool SimulatedHardware::waitForIPMIReply(int device, unsigned timeoutMillisecond
 
 int SimulatedHardware::receiveIPMI(int device, ipmi_recv& reply)
 {
-    if (m_openIPMI.count(device) == 0 || m_replies.empty() ||
-        m_replies.front().readyAt > m_machine.clock().now())
+    Held held(m_lock);
+    if (m_openIPMI.count(device) == 0)
     {
-        errno = m_openIPMI.count(device) == 0 ? EBADF : EAGAIN;
+        errno = EBADF;
         return -1;
     }
-    PendingReply pending = m_replies.front();
-    m_replies.pop_front();
+    std::deque<PendingReply>& replies = m_replies[device];
+    if (replies.empty() || replies.front().readyAt > m_machine.clock().now())
+    {
+        errno = EAGAIN;
+        return -1;
+    }
+    PendingReply pending = replies.front();
+    replies.pop_front();
     ipmi_system_interface_addr address = {IPMI_SYSTEM_INTERFACE_ADDR_TYPE,
                                           static_cast<short>(pending.request.channel),
                                           static_cast<unsigned char>(pending.request.lun)};
@@ -282,6 +306,7 @@ int SimulatedHardware::receiveIPMI(int device, ipmi_recv& reply)
 
 int SimulatedHardware::runShellCommand(char const* command)
 {
+    Held held(m_lock);
     m_machine.shellCommands().push_back(command);
     ManagementController const* controller = m_machine.managementController();
     if (controller != nullptr && controller->listedMajor &&
@@ -294,17 +319,20 @@ int SimulatedHardware::runShellCommand(char const* command)
 
 int SimulatedHardware::reboot(int magic, int magic2, int command)
 {
+    Held held(m_lock);
     m_machine.recordReboot({magic, magic2, command, m_machine.clock().now()});
     return 0;
 }
 
 void SimulatedHardware::sleepMicroseconds(unsigned int microseconds)
 {
+    Held held(m_lock);
     m_machine.clock().advance(microseconds);
 }
 
 unsigned long long SimulatedHardware::elapsedMicroseconds()
 {
+    Held held(m_lock);
     return m_machine.clock().now();
 }
 

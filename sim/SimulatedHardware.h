@@ -5,6 +5,8 @@
 
 #include <deque>
 #include <filesystem>
+#include <map>
+#include <mutex>
 #include <set>
 #include <vector>
 
@@ -17,8 +19,10 @@ namespace Sim
 // by refreshFiles, removed on destruction). Port access counts on the
 // machine's bridge; sleeping advances the machine's clock.
 //
-// Never linked into the product module: tests and the development shell
-// only. install() makes it the process's backend, which can happen once per
+// Safe to use from several threads at once (the start-up job and a request
+// thread): every call runs under one recursive lock, so a ROM service may
+// call back in. Never linked into the product module: tests and the
+// development shell only. install() makes it the process's backend, which can happen once per
 // process, before the first hardware access.
 class SimulatedHardware : public Common::Platform::Hardware
 {
@@ -33,7 +37,11 @@ public:
     void refreshFiles();
     std::filesystem::path const& root() const { return m_root; }
     // Handles of "/dev/mem" opened and not closed yet.
-    std::size_t openMemoryHandles() const { return m_openMemory.size(); }
+    std::size_t openMemoryHandles() const
+    {
+        Held held(m_lock);
+        return m_openMemory.size();
+    }
 
     Common::string path(char const* fixedPath) const override;
 
@@ -91,11 +99,15 @@ private:
     // Whether `entry` lies in an executable mapping that is still mapped.
     bool executable(void const* entry) const;
 
+    using Held = std::lock_guard<std::recursive_mutex>;
+    mutable std::recursive_mutex m_lock;
     Machine& m_machine;
     std::vector<Mapping> m_mappings;
     std::set<int> m_openIPMI;
     bool m_ipmiNodeMade = false;
-    std::deque<PendingReply> m_replies;
+    // Per open device, as the driver queues them: two threads with a device
+    // each never receive each other's replies.
+    std::map<int, std::deque<PendingReply>> m_replies;
     std::filesystem::path m_root;
     std::set<int> m_openMemory;
     int m_nextHandle = 100;

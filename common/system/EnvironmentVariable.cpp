@@ -1,5 +1,6 @@
 #include "common/system/EnvironmentVariable.h"
 
+#include "common/StaticMutex.h"
 #include "platform/Hardware.h"
 #include "platform/RomAccess.h"
 
@@ -79,23 +80,30 @@ bool callOnce(RomCallRegisters const& call, RomCallRegisters& answer)
     romcall_fini(&rom);
     return result;
 }
+
+// The start-up job and a request may ask at once; the first asks the ROM.
+Synchronization::StaticMutex s_supportedCheck;
+bool s_supportedKnown = false;
+bool s_supported = false;
 } // namespace
 
 bool EnvironmentVariable::supported()
 {
-    static bool s_initialised = false;
-    static bool s_result = false;
-    if (!s_initialised)
-    {
-        rominfo_t rom;
-        std::memset(&rom, 0, sizeof rom);
-        char name[kNameBufferSize];
-        s_result =
-            romcall_init(&rom, 0) == 0 && rom.pci_present != 0 && enumerate(rom, 0, name) == Done;
-        romcall_fini(&rom);
-        s_initialised = true;
-    }
-    return s_result;
+    return s_supportedCheck.holding(
+        []
+        {
+            if (!s_supportedKnown)
+            {
+                rominfo_t rom;
+                std::memset(&rom, 0, sizeof rom);
+                char name[kNameBufferSize];
+                s_supported = romcall_init(&rom, 0) == 0 && rom.pci_present != 0 &&
+                              enumerate(rom, 0, name) == Done;
+                romcall_fini(&rom);
+                s_supportedKnown = true;
+            }
+            return s_supported;
+        });
 }
 
 bool EnvironmentVariable::read(const char* name, unsigned char* buffer, unsigned int& size)

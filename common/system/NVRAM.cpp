@@ -1,5 +1,6 @@
 #include "common/system/NVRAM.h"
 
+#include "common/StaticMutex.h"
 #include "common/system/PCI.h"
 #include "platform/Hardware.h"
 
@@ -23,6 +24,8 @@ const PCI::_PCI_ADDRESS kNoDevice = {0xFF, 0xFF, 0xFF, 0};
 
 PCI::_PCI_ADDRESS s_nvramDevice = kNoDevice;
 bool s_initialised = false;
+// Guards the scan: the start-up job and a request may ask at once.
+Synchronization::StaticMutex s_scan;
 int s_locked = 0;
 
 bool isNoDevice(const PCI::_PCI_ADDRESS& address)
@@ -92,15 +95,20 @@ template <class Value> bool writeLocked(unsigned int offset, const Value& value)
 
 bool NVRAM::Supported()
 {
-    if (!s_initialised)
-    {
-        // Set first: the semaphore calls of the probe ask Supported() and
-        // must see the device under test as valid.
-        s_initialised = true;
-        if (!findController())
-            s_nvramDevice = kNoDevice;
-    }
-    return !isNoDevice(s_nvramDevice);
+    return s_scan.holding(
+        []
+        {
+            if (!s_initialised)
+            {
+                // Set first: the semaphore calls of the probe ask Supported()
+                // on this thread (the lock lets them in) and must see the
+                // device under test as valid.
+                s_initialised = true;
+                if (!findController())
+                    s_nvramDevice = kNoDevice;
+            }
+            return !isNoDevice(s_nvramDevice);
+        });
 }
 
 bool NVRAM::LockSemaphore()

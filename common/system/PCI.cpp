@@ -1,5 +1,6 @@
 #include "common/system/PCI.h"
 
+#include "common/StaticMutex.h"
 #include "common/system/IO.h"
 #include "platform/ProcPCI.h"
 
@@ -15,6 +16,11 @@ const unsigned int kDataPort = 0xCFC;
 const unsigned int kLastOffset = 0xFF;
 const int kSlotTableCapacity = 50;
 
+// One configuration cycle (address, then data) at a time: the start-up job's
+// inventory and a request's NVRAM access would otherwise select each other's
+// registers.
+Synchronization::StaticMutex s_configurationCycle;
+
 // Selects the configuration dword of `offset` on the host bridge; the data
 // then moves through 0xCFC plus the offset's byte within that dword.
 bool select(const PCI::_PCI_ADDRESS& address, unsigned int offset)
@@ -28,15 +34,17 @@ bool select(const PCI::_PCI_ADDRESS& address, unsigned int offset)
 template <class Value>
 bool readConfig(const PCI::_PCI_ADDRESS& address, unsigned int offset, Value& value)
 {
-    return offset <= kLastOffset && select(address, offset) &&
-           IO::Read(kDataPort + (offset & 3), value);
+    return offset <= kLastOffset &&
+           s_configurationCycle.holding(
+               [&] { return select(address, offset) && IO::Read(kDataPort + (offset & 3), value); });
 }
 
 template <class Value>
 bool writeConfig(const PCI::_PCI_ADDRESS& address, unsigned int offset, const Value& value)
 {
-    return offset <= kLastOffset && select(address, offset) &&
-           IO::Write(kDataPort + (offset & 3), value);
+    return offset <= kLastOffset &&
+           s_configurationCycle.holding(
+               [&] { return select(address, offset) && IO::Write(kDataPort + (offset & 3), value); });
 }
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "common/system/RomSignature.h"
 
+#include "common/StaticMutex.h"
 #include "common/system/Memory.h"
 
 #include <cstring>
@@ -12,28 +13,39 @@ bool signatureAt(unsigned long long address, char const* text, unsigned int leng
     return length <= sizeof found && Common::System::Memory::Read(address, found, length) &&
            std::memcmp(found, text, length) == 0;
 }
+
+// A signature test, read once; the start-up job and a request may ask at once.
+struct CachedSignature
+{
+    Common::Synchronization::StaticMutex check;
+    bool known;
+    bool present;
+
+    bool at(unsigned long long address, char const* text, unsigned int length)
+    {
+        return check.holding(
+            [&]
+            {
+                if (!known)
+                {
+                    present = signatureAt(address, text, length);
+                    known = true;
+                }
+                return present;
+            });
+    }
+};
+
+CachedSignature s_nvram;
+CachedSignature s_velmar;
 } // namespace
 
 bool IsNVRAMSupported()
 {
-    static bool s_initialised = false;
-    static bool s_result = false;
-    if (!s_initialised)
-    {
-        s_result = signatureAt(0xFFFD9, "NVRM", 4);
-        s_initialised = true;
-    }
-    return s_result;
+    return s_nvram.at(0xFFFD9, "NVRM", 4);
 }
 
 bool IsVelmarServer()
 {
-    static bool s_initialised = false;
-    static bool s_result = false;
-    if (!s_initialised)
-    {
-        s_result = signatureAt(0xFFFEA, "VELMAR", 6);
-        s_initialised = true;
-    }
-    return s_result;
+    return s_velmar.at(0xFFFEA, "VELMAR", 6);
 }

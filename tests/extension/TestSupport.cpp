@@ -11,6 +11,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#ifdef __SANITIZE_ADDRESS__
+// A 32-bit process has little address space beside AddressSanitizer's
+// shadow, and the default quarantine of freed memory (256 MiB) exhausts it
+// during the soak's long mixed run. ASAN_OPTIONS still overrides this.
+extern "C" const char* __asan_default_options()
+{
+    return "quarantine_size_mb=32";
+}
+#endif
+
 namespace TestSupport
 {
 

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 namespace fs = std::filesystem;
@@ -35,6 +36,35 @@ TEST(HostBridge, AnswersMechanismOneOnlyWhileEnabled)
     EXPECT_EQ(0xFFFFFFFFu, machine.readPort(0xCFC, 4)) << "enable bit clear";
     EXPECT_EQ(0xFFu, machine.readPort(0x80, 1)) << "nothing else answers";
     EXPECT_EQ(6ul, machine.bridge().accesses()) << "the bridge counts its own ports only";
+}
+
+TEST(HostBridge, HoldsFiveHundredTwelveControllersOnSixteenBuses)
+{
+    Sim::Machine machine;
+    for (int i = 0; i < 512; ++i)
+        machine.addFunction({static_cast<std::uint8_t>(0x10 + i / 32),
+                             static_cast<std::uint8_t>(i % 32), 0},
+                            0x1A2B, static_cast<std::uint16_t>(i), 0x01, 0x07);
+    machine.writePort(0xCF8, 4, configAddress(0x1F, 31, 0, 0));
+    EXPECT_EQ(0x01FF1A2Bu, machine.readPort(0xCFC, 4));
+    machine.writePort(0xCF8, 4, configAddress(0x10, 0, 0, 0));
+    EXPECT_EQ(0x00001A2Bu, machine.readPort(0xCFC, 4));
+
+    // Past 31 devices or 7 functions the address has no room: refused, not
+    // added where it would never answer.
+    EXPECT_THROW(machine.addFunction({0x20, 32, 0}, 0x1A2B, 0, 0x01, 0x07),
+                 std::invalid_argument);
+    EXPECT_THROW(machine.addFunction({0x20, 0, 8}, 0x1A2B, 0, 0x01, 0x07), std::invalid_argument);
+    EXPECT_EQ(512u, machine.bridge().functions().size());
+}
+
+TEST(Machine, RefusesASecondDiskOfTheSameName)
+{
+    Sim::Machine machine;
+    machine.addDisk({{3, 0, 0}, "sda", 500107862016ull});
+    EXPECT_THROW(machine.addDisk({{4, 0, 0}, "sda", 1000204886016ull}), std::invalid_argument);
+    ASSERT_EQ(1u, machine.disks().size());
+    EXPECT_EQ(3, machine.disks()[0].controller.bus);
 }
 
 TEST(NvramController, SemaphoreIsTakenByReadingZeroAndReleasedByWritingZero)

@@ -21,7 +21,10 @@ extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
 // own machine and fresh answers without any reset hook in the product. The
 // child works on its own copy of `machine`: check the machine's state inside
 // the body. Assertion messages appear in the output as the child prints them.
-template <class Body> void onSimulatedServer(Sim::Machine& machine, Body body)
+//
+// The child is killed after `timeLimitSeconds`.
+template <class Body>
+void onSimulatedServer(Sim::Machine& machine, Body body, unsigned timeLimitSeconds = 20)
 {
     enum
     {
@@ -50,7 +53,8 @@ template <class Body> void onSimulatedServer(Sim::Machine& machine, Body body)
             std::fflush(stdout);
             std::fflush(stderr);
             return result;
-        });
+        },
+        timeLimitSeconds);
     EXPECT_EQ(kPassed, status) << (status == kFailed         ? "an assertion failed in the child"
                                    : status == kNotInstalled ? "the simulated backend was refused"
                                    : status == kLeaked       ? "memory leaked in the child"
