@@ -7,6 +7,8 @@ set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 
 base=(g++-multilib cmake ninja-build googletest file libxml2-utils hwdata chromium)
+# clang with the i386 runtimes of libFuzzer and the sanitizers (scripts/fuzz.sh).
+base+=(clang-14 libclang-rt-14-dev)
 # Node.js and npm for the web bridge and its browser tests. A Node.js from
 # elsewhere that brings its own npm conflicts with Debian's npm package, so
 # each is wanted only when its command is missing.

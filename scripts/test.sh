@@ -7,7 +7,8 @@
 # the host. Where 32-bit programs run here only through an emulator, whose
 # LeakSanitizer cannot stop a program's threads, the sanitized suite runs in a
 # QEMU guest whose kernel runs them natively (tests/vm/native_guest.sh). Every
-# test has a time limit.
+# test has a time limit. Then every fuzz target runs for 60 seconds
+# (scripts/fuzz.sh); a finding fails the run.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
@@ -35,3 +36,4 @@ for variant in release asan; do
   fi
 done
 scripts/check-32bit.sh build/release
+scripts/fuzz.sh 60
