@@ -28,14 +28,99 @@ enum
 
 struct SegmentInfo
 {
-    FreeListNode* head;   // first free node, null when the segment is full
-    unsigned short count; // number of free nodes
+    FreeListNode* head;     // first free node, null when the segment is full
+    unsigned short count;   // number of free nodes
+    unsigned short largest; // no free node is larger; exact after a failed search
 };
 
+// The pool lock: one per process, recursive. Taking it when it is free and
+// releasing it when nobody waits cost one atomic operation each, inline
+// (allocation is frequent and rarely contended); a thread that finds it held
+// sleeps on s_waitCondition. s_lockState: 0 free, 1 held, 2 held and possibly
+// waited for. s_lockOwner (currentThread() of the holder, 0 when free) is written
+// only by the holder, so a thread reading its own id there holds the lock;
+// s_lockDepth is touched by the holder only.
 // Constant-initialized, so usable from any static constructor of any unit.
-pthread_mutex_t s_lock = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+int s_lockState = 0;
+unsigned long s_lockOwner = 0;
+unsigned s_lockDepth = 0;
+pthread_mutex_t s_waitMutex = PTHREAD_MUTEX_INITIALIZER;
+pthread_cond_t s_waitCondition = PTHREAD_COND_INITIALIZER;
+
 char* s_pool = nullptr;
 SegmentInfo s_segment[SegmentCount];
+// The segments in the order allocation visits them: fewest free nodes first,
+// the lower index first among equal counts. Kept sorted as counts change, so
+// an allocation never sorts; s_rank[i] is the position of segment i.
+int s_order[SegmentCount];
+int s_rank[SegmentCount];
+
+// memset, with the string instruction inline instead of a call into the C
+// library: for the pool's short blocks the call costs more than the filling,
+// several times more under an emulator.
+__attribute__((target("inline-all-stringops"))) void zeroFill(char* p, unsigned n)
+{
+    std::memset(p, 0, n);
+}
+
+void waitForLock()
+{
+    pthread_mutex_lock(&s_waitMutex);
+    // Marked 2 before sleeping, so the holder's release wakes us; we cannot
+    // miss that signal since the holder takes s_waitMutex to send it.
+    while (__atomic_exchange_n(&s_lockState, 2, __ATOMIC_ACQUIRE) != 0)
+        pthread_cond_wait(&s_waitCondition, &s_waitMutex);
+    pthread_mutex_unlock(&s_waitMutex);
+}
+
+void wakeWaiter()
+{
+    pthread_mutex_lock(&s_waitMutex);
+    pthread_cond_signal(&s_waitCondition);
+    pthread_mutex_unlock(&s_waitMutex);
+}
+
+// The calling thread's identity: the address of its thread control block, as
+// pthread_self() gives it, read without a call.
+inline unsigned long currentThread()
+{
+    return reinterpret_cast<unsigned long>(__builtin_thread_pointer());
+}
+
+inline void lockPool()
+{
+    unsigned long self = currentThread();
+    if (__atomic_load_n(&s_lockOwner, __ATOMIC_RELAXED) == self)
+    {
+        ++s_lockDepth;
+        return;
+    }
+    int expected = 0;
+    if (!__atomic_compare_exchange_n(&s_lockState, &expected, 1, false, __ATOMIC_ACQUIRE,
+                                     __ATOMIC_RELAXED))
+        waitForLock();
+    __atomic_store_n(&s_lockOwner, self, __ATOMIC_RELAXED);
+    s_lockDepth = 1;
+}
+
+inline void unlockPool()
+{
+    if (--s_lockDepth != 0)
+        return;
+    __atomic_store_n(&s_lockOwner, 0ul, __ATOMIC_RELAXED);
+    if (__atomic_exchange_n(&s_lockState, 0, __ATOMIC_RELEASE) == 2)
+        wakeWaiter();
+}
+
+// Holds the pool lock for its scope (Guard without the call across units).
+class Held
+{
+public:
+    Held() { lockPool(); }
+    ~Held() { unlockPool(); }
+    Held(Held const&) = delete;
+    Held& operator=(Held const&) = delete;
+};
 
 std::uintptr_t address(void const* p)
 {
@@ -164,51 +249,10 @@ void writeXml(XmlWriter& out)
     out.text("</MemoryPool>");
 }
 
-// The pool part of allocateObject: an aligned object inside a pool block, the
-// distance back to the block's data in the byte before it; null when no room.
-void* allocateAlignedFromPool(std::size_t size)
-{
-    if (size > static_cast<std::size_t>(MaxRequest) - ObjectAlignment)
-        return nullptr;
-    char* raw = static_cast<char*>(
-        GlobalStaticAllocator::allocate(static_cast<unsigned>(size) + ObjectAlignment));
-    if (raw == nullptr)
-        return nullptr;
-    std::uintptr_t object = (address(raw) + ObjectAlignment) & ~std::uintptr_t(ObjectAlignment - 1);
-    unsigned shift = static_cast<unsigned>(object - address(raw)); // 1..ObjectAlignment
-    raw[shift - 1] = static_cast<char>(shift);
-    return raw + shift;
-}
+// ---- the pool's algorithm; every function below expects the lock held ----
 
-} // namespace
-
-unsigned long LogTotalHeapMemory(std::FILE* out)
+void reservePool()
 {
-    unsigned long total;
-    {
-        GlobalStaticAllocator::Guard lock;
-        total = s_gTotalHeapMemory;
-    }
-    if (out != nullptr)
-        std::fprintf(out, "TotalHeapMemory: %lu\n", total);
-    return total;
-}
-
-GlobalStaticAllocator::Guard::Guard()
-{
-    pthread_mutex_lock(&s_lock);
-}
-
-GlobalStaticAllocator::Guard::~Guard()
-{
-    pthread_mutex_unlock(&s_lock);
-}
-
-void GlobalStaticAllocator::Initialize()
-{
-    Guard lock;
-    if (s_pool != nullptr)
-        return;
     char* pool = static_cast<char*>(::operator new(PoolSize));
     s_gTotalHeapMemory += PoolSize;
     std::memset(pool, 0, PoolSize);
@@ -220,13 +264,97 @@ void GlobalStaticAllocator::Initialize()
         node->nextOffset = 0;
         s_segment[i].head = node;
         s_segment[i].count = 1;
+        s_segment[i].largest = SegmentSize;
+        s_order[i] = i; // equal counts: by index
+        s_rank[i] = i;
     }
 }
 
-void* GlobalStaticAllocator::allocate(unsigned int n)
+void ensurePool()
 {
-    Guard lock;
-    Initialize();
+    if (s_pool == nullptr)
+        reservePool();
+}
+
+// True when allocation visits segment a before segment b.
+bool visitedBefore(int a, int b)
+{
+    return s_segment[a].count < s_segment[b].count ||
+           (s_segment[a].count == s_segment[b].count && a < b);
+}
+
+// Changes segment i's count of free nodes by delta and moves the segment to
+// its new place in the visiting order.
+void changeCount(int i, int delta)
+{
+    if (delta == 0)
+        return;
+    s_segment[i].count = static_cast<unsigned short>(s_segment[i].count + delta);
+    int k = s_rank[i];
+    if (delta < 0)
+        while (k > 0 && visitedBefore(i, s_order[k - 1]))
+        {
+            s_order[k] = s_order[k - 1];
+            s_rank[s_order[k]] = k;
+            --k;
+        }
+    else
+        while (k + 1 < SegmentCount && visitedBefore(s_order[k + 1], i))
+        {
+            s_order[k] = s_order[k + 1];
+            s_rank[s_order[k]] = k;
+            ++k;
+        }
+    s_order[k] = i;
+    s_rank[i] = k;
+}
+
+// A free node of segment i is now `size` bytes large.
+void noteFreeSize(int i, unsigned size)
+{
+    if (size > s_segment[i].largest)
+        s_segment[i].largest = static_cast<unsigned short>(size);
+}
+
+// A node of `size` bytes can hold a block of `need` bytes: exactly, or with a
+// remainder large enough to be a node itself (1-3 bytes more is skipped).
+bool fits(unsigned size, unsigned need)
+{
+    return size == need || size >= need + MinBlockSize;
+}
+
+int findFit(unsigned need, FreeListNode*& prev, FreeListNode*& node)
+{
+    prev = nullptr;
+    node = nullptr;
+    for (int k = 0; k < SegmentCount; ++k)
+    {
+        int i = s_order[k];
+        SegmentInfo& segment = s_segment[i];
+        if (need > segment.largest)
+            continue; // no node here is large enough: not worth a walk
+        FreeListNode* before = nullptr;
+        unsigned largest = 0;
+        for (FreeListNode* candidate = segment.head; candidate != nullptr;
+             candidate = next(candidate))
+        {
+            if (fits(candidate->size, need))
+            {
+                prev = before;
+                node = candidate;
+                return i;
+            }
+            if (candidate->size > largest)
+                largest = candidate->size;
+            before = candidate;
+        }
+        segment.largest = static_cast<unsigned short>(largest); // the whole list was seen
+    }
+    return -1;
+}
+
+void* take(unsigned n)
+{
     if (n > static_cast<unsigned>(MaxRequest))
         return nullptr;
     unsigned need = n + HeaderSize;
@@ -235,7 +363,7 @@ void* GlobalStaticAllocator::allocate(unsigned int n)
 
     FreeListNode* prev;
     FreeListNode* node;
-    int i = findBestSegmentForAlloc(need, prev, node);
+    int i = findFit(need, prev, node);
     if (i < 0)
         return nullptr;
     SegmentInfo& segment = s_segment[i];
@@ -250,7 +378,7 @@ void* GlobalStaticAllocator::allocate(unsigned int n)
                     : static_cast<unsigned short>(prev->nextOffset + node->nextOffset);
         else
             segment.head = following;
-        --segment.count;
+        changeCount(i, -1);
     }
     else
     {
@@ -266,15 +394,40 @@ void* GlobalStaticAllocator::allocate(unsigned int n)
     }
 
     char* block = bytes(node);
-    std::memset(block, 0, need);
+    zeroFill(block, need);
     writeHeader(block, static_cast<unsigned short>(need - HeaderSize));
     return block + HeaderSize;
 }
 
-void GlobalStaticAllocator::deallocate(void* p)
+// Merges from node on (see Coalesce) and returns the number of merges; the
+// caller lowers the segment's count by that many.
+int coalesce(int i, FreeListNode* node)
 {
-    Guard lock;
-    Initialize();
+    int merges = 0;
+    for (int step = 0; step < 2 && node != nullptr; ++step)
+    {
+        if (node->nextOffset != 0 && node->nextOffset == node->size)
+        {
+            FreeListNode* absorbed = next(node);
+            node->size = static_cast<unsigned short>(node->size + absorbed->size);
+            node->nextOffset =
+                absorbed->nextOffset == 0
+                    ? 0
+                    : static_cast<unsigned short>(node->nextOffset + absorbed->nextOffset);
+            std::memset(absorbed, 0, sizeof *absorbed); // free memory stays zero-filled
+            noteFreeSize(i, node->size);
+            ++merges;
+        }
+        else
+        {
+            node = next(node);
+        }
+    }
+    return merges;
+}
+
+void release(void* p)
+{
     if (p == nullptr || address(p) < address(s_pool) + HeaderSize)
         return;
     char* block = static_cast<char*>(p) - HeaderSize;
@@ -302,7 +455,7 @@ void GlobalStaticAllocator::deallocate(void* p)
     if (following != nullptr && address(block) + length > address(following))
         return;
 
-    std::memset(block, 0, length);
+    zeroFill(block, length);
     FreeListNode* node = nodeAt(block);
     node->size = static_cast<unsigned short>(length);
     node->nextOffset = following == nullptr ? 0 : distance(block, following);
@@ -310,9 +463,70 @@ void GlobalStaticAllocator::deallocate(void* p)
         prev->nextOffset = distance(prev, block);
     else
         segment.head = node;
-    ++segment.count;
+    noteFreeSize(i, length);
 
-    Coalesce(prev != nullptr ? prev : node);
+    int merges = coalesce(i, prev != nullptr ? prev : node);
+    changeCount(i, 1 - merges);
+}
+
+// The pool part of allocateObject: an aligned object inside a pool block, the
+// distance back to the block's data in the byte before it; null when no room.
+void* allocateAlignedFromPool(std::size_t size)
+{
+    if (size > static_cast<std::size_t>(MaxRequest) - ObjectAlignment)
+        return nullptr;
+    char* raw = static_cast<char*>(
+        GlobalStaticAllocator::allocate(static_cast<unsigned>(size) + ObjectAlignment));
+    if (raw == nullptr)
+        return nullptr;
+    std::uintptr_t object = (address(raw) + ObjectAlignment) & ~std::uintptr_t(ObjectAlignment - 1);
+    unsigned shift = static_cast<unsigned>(object - address(raw)); // 1..ObjectAlignment
+    raw[shift - 1] = static_cast<char>(shift);
+    return raw + shift;
+}
+
+} // namespace
+
+unsigned long LogTotalHeapMemory(std::FILE* out)
+{
+    unsigned long total;
+    {
+        Held lock;
+        total = s_gTotalHeapMemory;
+    }
+    if (out != nullptr)
+        std::fprintf(out, "TotalHeapMemory: %lu\n", total);
+    return total;
+}
+
+GlobalStaticAllocator::Guard::Guard()
+{
+    lockPool();
+}
+
+GlobalStaticAllocator::Guard::~Guard()
+{
+    unlockPool();
+}
+
+void GlobalStaticAllocator::Initialize()
+{
+    Held lock;
+    ensurePool();
+}
+
+void* GlobalStaticAllocator::allocate(unsigned int n)
+{
+    Held lock;
+    ensurePool();
+    return take(n);
+}
+
+void GlobalStaticAllocator::deallocate(void* p)
+{
+    Held lock;
+    ensurePool();
+    release(p);
 }
 
 void* GlobalStaticAllocator::allocateObject(std::size_t size)
@@ -327,8 +541,8 @@ void GlobalStaticAllocator::deallocateObject(void* p)
 {
     if (p == nullptr)
         return;
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     if (segmentOf(p) < 0)
     {
         ::operator delete(p);
@@ -338,7 +552,7 @@ void GlobalStaticAllocator::deallocateObject(void* p)
     unsigned shift = static_cast<unsigned char>(object[-1]);
     if (shift == 0 || shift > static_cast<unsigned>(ObjectAlignment))
         return; // not an object of allocateObject: ignore it
-    deallocate(object - shift);
+    release(object - shift);
 }
 
 void* GlobalStaticAllocator::operator new(std::size_t size)
@@ -383,8 +597,8 @@ void GlobalStaticAllocator::operator delete[](void* p, GlobalStaticAllocator*)
 
 char* GlobalStaticAllocator::ToXML(char* buffer, unsigned int size)
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     XmlWriter out(buffer, size);
     writeXml(out);
     return buffer;
@@ -392,8 +606,8 @@ char* GlobalStaticAllocator::ToXML(char* buffer, unsigned int size)
 
 unsigned int GlobalStaticAllocator::toXMLSize()
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     XmlWriter out(nullptr, 0);
     writeXml(out);
     return out.needed();
@@ -401,8 +615,8 @@ unsigned int GlobalStaticAllocator::toXMLSize()
 
 bool GlobalStaticAllocator::isInvariant()
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     for (int i = 0; i < SegmentCount; ++i)
     {
         std::uintptr_t start = address(segmentStart(i));
@@ -428,8 +642,8 @@ bool GlobalStaticAllocator::isInvariant()
 
 char* GlobalStaticAllocator::getSegmentAddr(int i)
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     if (i < 0 || i >= SegmentCount)
         return nullptr;
     return segmentStart(i);
@@ -437,8 +651,8 @@ char* GlobalStaticAllocator::getSegmentAddr(int i)
 
 bool GlobalStaticAllocator::getSegmentFrom(void const* p, int& i)
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     int found = segmentOf(p);
     if (found < 0)
         return false;
@@ -450,14 +664,14 @@ GlobalStaticAllocator::FreeListNode* GlobalStaticAllocator::getNextFreeListNode(
 {
     if (node == nullptr)
         return nullptr;
-    Guard lock;
+    Held lock;
     return next(node);
 }
 
 GlobalStaticAllocator::FreeListNode* GlobalStaticAllocator::getFreeListHead(int i)
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     if (i < 0 || i >= SegmentCount)
         return nullptr;
     return s_segment[i].head;
@@ -465,8 +679,8 @@ GlobalStaticAllocator::FreeListNode* GlobalStaticAllocator::getFreeListHead(int 
 
 unsigned int GlobalStaticAllocator::getFreeListCount(int i)
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     if (i < 0 || i >= SegmentCount)
         return 0;
     return s_segment[i].count;
@@ -474,8 +688,8 @@ unsigned int GlobalStaticAllocator::getFreeListCount(int i)
 
 unsigned int GlobalStaticAllocator::getFreeSpace(int i)
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     if (i < 0 || i >= SegmentCount)
         return 0;
     unsigned total = 0;
@@ -487,73 +701,20 @@ unsigned int GlobalStaticAllocator::getFreeSpace(int i)
 int GlobalStaticAllocator::findBestSegmentForAlloc(unsigned int need, FreeListNode*& prev,
                                                    FreeListNode*& node)
 {
-    Guard lock;
-    Initialize();
-    prev = nullptr;
-    node = nullptr;
-
-    // Visiting order: by count, fewest first; a stable insertion sort keeps
-    // the lower index first among equal counts.
-    int order[SegmentCount];
-    for (int i = 0; i < SegmentCount; ++i)
-    {
-        int j = i;
-        while (j > 0 && s_segment[order[j - 1]].count > s_segment[i].count)
-        {
-            order[j] = order[j - 1];
-            --j;
-        }
-        order[j] = i;
-    }
-
-    for (int k = 0; k < SegmentCount; ++k)
-    {
-        int i = order[k];
-        FreeListNode* before = nullptr;
-        for (FreeListNode* candidate = s_segment[i].head; candidate != nullptr;
-             candidate = next(candidate))
-        {
-            // A node larger by 1-3 bytes is skipped: it would leave a
-            // remainder too small to hold a node.
-            if (candidate->size == need || candidate->size >= need + MinBlockSize)
-            {
-                prev = before;
-                node = candidate;
-                return i;
-            }
-            before = candidate;
-        }
-    }
-    return -1;
+    Held lock;
+    ensurePool();
+    return findFit(need, prev, node);
 }
 
 int GlobalStaticAllocator::Coalesce(FreeListNode* node)
 {
-    Guard lock;
-    Initialize();
+    Held lock;
+    ensurePool();
     int i = segmentOf(node);
     if (i < 0)
         return 0;
-    int merges = 0;
-    for (int step = 0; step < 2 && node != nullptr; ++step)
-    {
-        if (node->nextOffset != 0 && node->nextOffset == node->size)
-        {
-            FreeListNode* absorbed = next(node);
-            node->size = static_cast<unsigned short>(node->size + absorbed->size);
-            node->nextOffset =
-                absorbed->nextOffset == 0
-                    ? 0
-                    : static_cast<unsigned short>(node->nextOffset + absorbed->nextOffset);
-            std::memset(absorbed, 0, sizeof *absorbed); // free memory stays zero-filled
-            --s_segment[i].count;
-            ++merges;
-        }
-        else
-        {
-            node = next(node);
-        }
-    }
+    int merges = coalesce(i, node);
+    changeCount(i, -merges);
     return merges;
 }
 

@@ -47,10 +47,17 @@ unsigned long LogTotalHeapMemory(std::FILE* out = nullptr);
 // The placement forms taking a GlobalStaticAllocator* ignore that pointer (the
 // pool is one process-wide pool) and behave like the plain forms.
 //
+// Speed: outside the pool memory the pool also keeps the segments sorted in
+// visiting order and, per segment, a bound no free node exceeds (exact after a
+// search found nothing there), so an allocation neither sorts nor walks a
+// segment that cannot fit the request. Neither changes which node is taken.
+//
 // Thread safety: every
 // public operation, and every operation of every LocalStaticAllocator pool,
-// runs under one process-wide recursive pthread mutex, so allocations and
-// releases from several threads at once are safe. Guard lets callers hold that
+// runs under one process-wide recursive lock (taken and released with one
+// atomic operation each when uncontended; a thread that finds it held sleeps
+// on a POSIX condition variable), so allocations and releases from several
+// threads at once are safe. Guard lets callers hold that
 // same lock across several calls (for example to read a consistent state
 // through the getters below). The memory handed out is of course not guarded.
 //
