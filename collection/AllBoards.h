@@ -1,5 +1,6 @@
 #pragma once
 
+#include "collection/BoardNameIndex.h"
 #include "common/SharedPtr.h"
 #include "common/String.h"
 #include "common/XMLElement.h"
@@ -16,7 +17,9 @@ namespace Collection
 //
 // The key is "%04X%04X%08X" of the three values and is compared exactly, so
 // keys written with lower-case digits never match. A missing or unreadable
-// file is an empty database. Not thread-safe: build one per thread.
+// file is an empty database. The entries are indexed once, when the file is
+// loaded, so naming a board does not walk the database. Not thread-safe:
+// build one per thread.
 class AllBoards
 {
 public:
@@ -29,7 +32,12 @@ public:
                               const unsigned int& subsystem) const;
 
 private:
+    AllBoards(const AllBoards&) = delete;
+    AllBoards& operator=(const AllBoards&) = delete;
+
     Common::shared_ptr<Common::XML::Element> m_root;
+    // Points into m_root's tree, so it comes after it.
+    BoardNameIndex m_names;
 };
 
 } // namespace Collection
