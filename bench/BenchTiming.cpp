@@ -1,4 +1,5 @@
 #include "BenchTiming.h"
+#include "ExecutionWay.h"
 
 #include <chrono>
 #include <cstdio>
@@ -21,15 +22,31 @@ double bestSeconds(int rounds, std::function<void()> const& work)
     return best;
 }
 
+namespace
+{
+std::string& referenceWay()
+{
+    static std::string way;
+    return way;
+}
+} // namespace
+
+void setReferenceWay(std::string const& way)
+{
+    referenceWay() = way;
+}
+
 void reportRatio(char const* name, double ours, double reference, double goal)
 {
     double ratio = ours / reference;
+    std::string theirs =
+        referenceWay().empty() ? std::string(ourWay()) + ", in this process" : referenceWay();
+    std::printf("%s: ours %.6f s, reference %.6f s, ratio %.2f ", name, ours, reference, ratio);
     if (goal > 0)
-        std::printf("%s: ours %.6f s, reference %.6f s, ratio %.2f (goal <= %.2f: %s)\n", name,
-                    ours, reference, ratio, goal, ratio <= goal ? "met" : "MISSED");
+        std::printf("(goal <= %.2f: %s)", goal, ratio <= goal ? "met" : "MISSED");
     else
-        std::printf("%s: ours %.6f s, reference %.6f s, ratio %.2f (reported)\n", name, ours,
-                    reference, ratio);
+        std::printf("(reported)");
+    std::printf(" [ours: %s; reference: %s]\n", ourWay(), theirs.c_str());
 }
 
 void readPlain(std::string const& path)

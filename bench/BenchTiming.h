@@ -7,9 +7,16 @@
 // the one least disturbed by the rest of the machine.
 double bestSeconds(int rounds, std::function<void()> const& work);
 
-// Prints one figure: "name: ours X s, reference Y s, ratio Z (goal <= G)".
-// A goal of 0 means the figure is only reported.
+// Prints one figure on a line of its own:
+//   "NAME: ours X s, reference Y s, ratio Z (goal <= G: met) [ours: WAY; reference: WAY]"
+// with "MISSED" for a ratio over the goal, and "(reported)" in place of the
+// goal part when the goal is 0. bench/run.sh reads these lines into its
+// table, so NAME must not contain ": ".
 void reportRatio(char const* name, double ours, double reference, double goal);
+
+// How the reference of the figures printed from now on runs. Until it is
+// set, the reference runs in this process, the same way as ours.
+void setReferenceWay(std::string const& way);
 
 // The reference reader: one open, one fstat, one malloc, one read(2) of the
 // whole file, free. Aborts when the file cannot be read whole.

@@ -1,12 +1,18 @@
 #include "ProcessClock.h"
+#include "BenchTiming.h"
+#include "ExecutionWay.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <spawn.h>
+#include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
+#include <unistd.h>
+#include <vector>
 
 extern char** environ;
 
@@ -17,6 +23,42 @@ double seconds(clockid_t id)
     timespec t;
     clock_gettime(id, &t);
     return t.tv_sec + t.tv_nsec / 1e9;
+}
+
+// The first executable "xmllint" on PATH: qemu-x86_64 is given a file, it
+// does not search PATH. Empty when there is none.
+std::string xmllintOnPath()
+{
+    const char* path = std::getenv("PATH");
+    std::string folders = path ? path : "/usr/bin:/bin";
+    size_t start = 0;
+    for (;;)
+    {
+        size_t end = folders.find(':', start);
+        std::string folder = folders.substr(start, end - start);
+        std::string candidate = (folder.empty() ? "." : folder) + "/xmllint";
+        if (access(candidate.c_str(), X_OK) == 0)
+            return candidate;
+        if (end == std::string::npos)
+            return std::string();
+        start = end + 1;
+    }
+}
+
+// The command before "--noout PATH", run the way this program runs; empty
+// when xmllint is not found.
+std::vector<std::string> xmllintCommand()
+{
+    if (!i386Emulated())
+    {
+        setReferenceWay("native x86-64, xmllint as a child process");
+        return {"xmllint"};
+    }
+    std::string xmllint = xmllintOnPath();
+    if (xmllint.empty())
+        return {};
+    setReferenceWay("emulated x86-64 (qemu-x86_64), xmllint as a child process");
+    return {"qemu-x86_64", xmllint};
 }
 } // namespace
 
@@ -38,12 +80,23 @@ Clock best(const Clock& a, const Clock& b)
 
 bool timeXmllint(const char* program, const char* path, Clock& took)
 {
-    const char* argv[] = {"xmllint", "--noout", path, nullptr};
+    static const std::vector<std::string> command = xmllintCommand();
+    if (command.empty())
+    {
+        std::fprintf(stderr, "%s: no xmllint on PATH (Debian package libxml2-utils)\n", program);
+        return false;
+    }
+    std::vector<const char*> argv;
+    for (const std::string& word : command)
+        argv.push_back(word.c_str());
+    argv.insert(argv.end(), {"--noout", path, nullptr});
     Clock start = now();
     pid_t pid = 0;
-    if (posix_spawnp(&pid, "xmllint", nullptr, nullptr, const_cast<char**>(argv), environ) != 0)
+    if (posix_spawnp(&pid, argv[0], nullptr, nullptr, const_cast<char**>(argv.data()), environ) !=
+        0)
     {
-        std::fprintf(stderr, "%s: cannot run xmllint (Debian package libxml2-utils)\n", program);
+        std::fprintf(stderr, "%s: cannot run %s (Debian packages libxml2-utils, qemu-user)\n",
+                     program, argv[0]);
         return false;
     }
     int status = 0;

@@ -3,10 +3,9 @@
 // server with 16 of them, against "xmllint --noout" on the same file, in the
 // same run.
 //
-//   ours:    Collection::AllBoards over the file (read, parse, release);
-//            then the same with deviceName for each of the 16 controllers,
-//            which walks the whole database once per controller (the last
-//            matching entry wins, so no walk stops early); then the same with
+//   ours:    Collection::AllBoards over the file (read, parse, index,
+//            release); then the same with deviceName for each of the 16
+//            controllers, each a look-up in the index; then the same with
 //            the whole inventory document built (PCI enumeration of the
 //            simulated server, ranks, sysfs) in place of the bare naming;
 //   xmllint: one "xmllint --noout FILE" run (start, parse, release, exit).
@@ -42,8 +41,7 @@ struct Board
     unsigned subsystem;
 };
 
-// 16 boards spread over the database, the last entry among them (a full walk
-// whichever way the names are searched).
+// 16 boards spread over the database, the last entry among them.
 std::vector<Board> boardsFrom(const std::vector<Entry>& entries)
 {
     std::vector<Board> boards;
