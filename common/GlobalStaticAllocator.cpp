@@ -393,8 +393,11 @@ void* take(unsigned n)
             segment.head = rest;
     }
 
+    // Free memory is zero-filled but for the node records at the start of
+    // free nodes (release and coalesce clear what they free), so clearing
+    // the taken node's record leaves the whole block zero-filled.
     char* block = bytes(node);
-    zeroFill(block, need);
+    std::memset(node, 0, sizeof *node);
     writeHeader(block, static_cast<unsigned short>(need - HeaderSize));
     return block + HeaderSize;
 }
