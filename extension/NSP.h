@@ -33,21 +33,14 @@ public:
     void HTMLHeader(const Common::string& title);
     void HTMLFooter();
 
-    // URL decoding: every "%" and the (up to) two characters
-    // behind it become one character (the pair's value by the unvalidated
-    // rule of Conversion::hexStringToInt, low 8 bits; a missing character
-    // counts as NUL), scanning on behind it so that a decoded "%" is not
-    // decoded again; then every "+" of the result becomes a blank (an escaped
-    // "%2B" too). One pass: linear in the text's length.
+    // URL decoding, the same as the entry point uses for the page name
+    // (Routing::decode, where its rule is described).
     static Common::string decode(const Common::string& text);
 
     // What the pages work with.
     NSPRequest& request() { return m_request; }
     NSPResponse& response() { return m_response; }
     NSPSession& session() { return m_session; }
-
-    // The page names in the order in which they are compared.
-    static const char* const* pageNames(unsigned& count);
 
 private:
     NSPRequest m_request;

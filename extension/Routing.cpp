@@ -1,9 +1,20 @@
 #include "extension/Routing.h"
 
-#include "extension/NSP.h"
-
 namespace
 {
+// The value of one character of a hexadecimal pair, by the rule of
+// Conversion::hexStringToInt: an ASCII letter of either case counts
+// its upper-case form's distance from "A" plus 10, anything else (a digit, or
+// any other byte) its code minus "0". Nothing is validated.
+int hexValue(unsigned char c)
+{
+    if (c >= 'a' && c <= 'z')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'Z')
+        return c - 'A' + 10;
+    return static_cast<int>(c) - '0';
+}
+
 // The text from `pos` to the end, embedded NULs included.
 Common::istring tail(const Common::istring& text, unsigned pos)
 {
@@ -21,17 +32,16 @@ Routing::Target Routing::normalise(const Common::istring& source)
     Target target;
     Common::istring url = source;
 
-    // 3. Fragment.
+    // The fragment goes.
     unsigned hash = url.find('#');
     if (hash != Common::istring::npos)
         url = url.substr(0, hash);
 
-    // 4. Query. Every copy of "?" + query is removed from the URL. The query
-    // is everything behind the first "?", so "?" + query is exactly the URL's
-    // tail from that "?", and no other copy can exist: a copy would have to
-    // start at a later "?" and would then run past the end. Removing every
-    // copy is therefore cutting the URL at its first "?" (no search needed,
-    // whatever its length).
+    // The query. Every copy of "?" + query is removed from the URL. The
+    // query is everything behind the first "?", so "?" + query is exactly the
+    // URL's tail from that "?", and no other copy can exist: a copy would have
+    // to start at a later "?" and would then run past the end. Removing every
+    // copy is therefore cutting the URL at its first "?".
     unsigned question = url.find('?');
     if (question != Common::istring::npos)
     {
@@ -39,22 +49,22 @@ Routing::Target Routing::normalise(const Common::istring& source)
         url = url.substr(0, question);
     }
 
-    // 5. Decode (%-escapes first, then "+" to blank).
-    url = NSP::decode(Common::string(url));
+    // Decoded after the split, so "%3F" stays part of the page name.
+    url = decode(Common::string(url));
 
-    // 6. Scheme prefix (10 characters).
+    // The scheme.
     if (beginsWith(url, "zrmedia://", 10))
         url = tail(url, 10);
 
-    // 7. Product prefix: the word alone; a following "/" stays.
+    // The product name: the word alone; a following "/" stays.
     if (beginsWith(url, "Tidewell", 8))
         url = tail(url, 8);
 
-    // 8. One leading "/".
+    // One leading "/".
     if (url.size() > 0 && url[0] == '/')
         url = tail(url, 1);
 
-    // 9. The start page.
+    // The start page.
     if (url.empty())
         url = "index.nsp";
 
@@ -85,4 +95,37 @@ bool Routing::expandsIncludes(const Common::string& extension)
 {
     const Common::istring folded(extension);
     return folded == "htm" || folded == "html";
+}
+
+// One pass: a decoded character is never looked at again by the "%" search,
+// and the "+" rule applies to every character of the result, decoded or not.
+Common::string Routing::decode(const Common::string& text)
+{
+    const unsigned size = text.size();
+    const char* in = text.c_str();
+    // The result is never longer than the text: count it first.
+    unsigned length = 0;
+    for (unsigned i = 0; i < size; ++length)
+        i += in[i] == '%' ? (size - i >= 3 ? 3 : size - i) : 1;
+
+    char* out = nullptr;
+    Common::string result = Common::string::uninitialized(length, out);
+    for (unsigned i = 0; i < size;)
+    {
+        char c = in[i];
+        if (c == '%')
+        {
+            unsigned char first = i + 1 < size ? static_cast<unsigned char>(in[i + 1]) : 0;
+            unsigned char second = i + 2 < size ? static_cast<unsigned char>(in[i + 2]) : 0;
+            unsigned value = static_cast<unsigned>(hexValue(first) * 16 + hexValue(second));
+            c = static_cast<char>(value & 0xFFu);
+            i += size - i >= 3 ? 3 : size - i;
+        }
+        else
+        {
+            ++i;
+        }
+        *out++ = c == '+' ? ' ' : c;
+    }
+    return result;
 }

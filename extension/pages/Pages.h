@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/IString.h"
+
 class NSP;
 
 // One function per page of the dispatcher, each in its own file
@@ -8,6 +10,12 @@ class NSP;
 // dispatcher flushes the response after the page returns, whatever it wrote.
 namespace Pages
 {
+using Page = void (*)(NSP& nsp);
+
+// The command page called `name` (the whole normalised URL, compared ignoring
+// case), or null: then the URL names a file. The table is in PageTable.cpp.
+Page find(const Common::istring& name);
+
 void Index(NSP& nsp);        // start page redirect
 void AllStorage(NSP& nsp);   // storage inventory
 void Debug(NSP& nsp);        // debug log
