@@ -1,4 +1,15 @@
-// The exported entry point, start-up and request routing.
+// The exported entry point, start-up and the road of one request:
+//
+//   ZRAPPExtensionProc     starts up once (InitializeLibrary), empties the page buffer g_stream
+//   Routing::normalise     URL -> page name + raw query (fragment cut, decoded, prefixes gone)
+//   NSP::Execute           a command page (extension/pages/PageTable.cpp) answers into g_stream;
+//                          its query is parsed by NSPRequest, its answer flushed by NSPResponse
+//   Routing::fileFor       otherwise the page is a file of the content folder (or "/" + page)
+//   runPHP                 a ".php" page is the output of "php -f <file>"
+//   Includes::expand       an ".htm"/".html" page has its "<?include name?>" directives expanded
+//   back in the entry      the host borrows g_stream's text until its next call
+//
+// One request at a time: nothing on this road takes a lock.
 
 #include "extension/Extension.h"
 
@@ -48,10 +59,10 @@ public:
 
 void startUp()
 {
-    // 1-2. The configuration file beside the host executable.
+    // The configuration file beside the host executable.
     const Common::string file = Configuration::fileFor(Common::istring(Common::moduleName()));
 
-    // 3. Its three entries (a missing file reads as empty text).
+    // Its three entries (a missing file reads as empty text).
     if (!file.empty())
     {
         Common::string text;
@@ -62,14 +73,17 @@ void startUp()
         g_contentFolder = values.contentFolder;
     }
 
-    // 4. The background job, started once; both objects live until the
+    // The start-up inventory job, started once; both objects live until the
     // library is unloaded (the thread is joined then).
     static BackgroundThread backgroundThread(g_contentFolder);
     static Common::Synchronization::Thread thread(backgroundThread);
 }
 
-// Runs the page through "php"; true when its output could be read. The page's
-// path comes from the URL: it reaches php as one argument, whatever it holds.
+// Runs the page through "php"; true when its output could be read.
+// Beware: the path comes straight from the URL and goes into a shell command
+// line; it must stay quoted as one argument (a URL such as "a;id;.php" would
+// otherwise run "id"). The program runs with the host's rights (root on boot
+// media).
 bool runPHP(const Common::string& path)
 {
     Common::Filesystem::TemporaryFile output(Common::string(), true);
@@ -80,7 +94,7 @@ bool runPHP(const Common::string& path)
     return Common::Filesystem::getContents(output.name(), g_stream);
 }
 
-// Steps 2 to 14; the result (0 or 1).
+// The page for one URL into g_stream; the result (0 found, 1 not found).
 int32_t route(const char* urlText, const char* methodText)
 {
 #ifdef TIDEWELL_TEST_SEAMS
@@ -90,15 +104,16 @@ int32_t route(const char* urlText, const char* methodText)
     static NSP nspProcessor(&g_stream);
 
     const Routing::Target target = Routing::normalise(Common::istring(urlText));
-    const Routing::FilePath file = Routing::fileFor(g_contentFolder, target.page);
-
     if (nspProcessor.Execute(Common::istring(methodText), target.page, target.query))
         return 0;
 
+    const Routing::FilePath file = Routing::fileFor(g_contentFolder, target.page);
     if (Routing::isPHP(target.page))
         return runPHP(file.path) ? 0 : 1;
 
-    // A page that is not in the content folder is read by its absolute path.
+    // Beware: a page that is not in the content folder is read by its
+    // absolute path, so a URL can fetch any local file the host may read.
+    // Only regular files are read (a FIFO or a device would hang the host).
     using Common::Filesystem::getContents;
     if (!getContents(file.path, g_stream) && !getContents("/" + Common::string(target.page), g_stream))
         return 1;

@@ -13,6 +13,9 @@ const char* yesNo(bool yes)
 
 // The management processor is probed only where the ROM has no environment
 // variables: with them the answer is "No" without asking.
+// Beware: a probe may load the IPMI kernel modules, create the device node
+// and wait for the driver: seconds on a machine without a controller, and
+// again on each request there (only a "yes" is kept).
 bool managementProcessorSupport(bool environmentVariables)
 {
     return !environmentVariables && Collection::Warden100().isSupported();
