@@ -152,14 +152,14 @@ public:
     static unsigned int getFreeListCount(int i);
     static unsigned int getFreeSpace(int i);
 
-    // Allocation step 2: visits the segments by free-node count, fewest first
+    // The allocation's search: visits the segments by free-node count, fewest first
     // (ties: lowest index), walking each list in address order for the first
     // node whose size equals `need` or is at least need + 4. Returns the
     // segment index with `node` and its predecessor `prev` (null for the
     // head), or -1 with both null when no node fits.
     static int findBestSegmentForAlloc(unsigned int need, FreeListNode*& prev, FreeListNode*& node);
 
-    // Deallocation step 4: from `node`, up to two times, merges a node with
+    // The end of a free: from `node`, up to two times, merges a node with
     // the next one when it follows immediately (nextOffset == size); moves on
     // to the next node when it does not. Returns the number of merges. A node
     // outside every segment is ignored (0).

@@ -60,7 +60,7 @@ unsigned findMarker(const Common::string& text, unsigned from, const char* marke
     return npos;
 }
 
-// Step 2: everything up to and including the first "?>".
+// The declaration: everything up to and including the first "?>" goes.
 Common::string stripDeclaration(const Common::string& text)
 {
     unsigned at = findMarker(text, 0, "?>", 2);
@@ -69,7 +69,7 @@ Common::string stripDeclaration(const Common::string& text)
     return Common::string(text.c_str() + at + 2, text.size() - at - 2);
 }
 
-// Step 3 in one pass. Equivalent to "while the text has a '<!--', cut from
+// Comments go, in one pass. Equivalent to "while the text has a '<!--', cut from
 // the first one to the end of the first '-->' found from it": the output
 // never holds a "<!--" (one is cut the moment its last character arrives,
 // also when it is formed across a cut), and that first "<!--" is always the
@@ -112,7 +112,7 @@ Common::string stripComments(const Common::string& text)
     return out.str();
 }
 
-// Step 4 for one marker, in one pass: the same as removing its first
+// One marker goes, in one pass: the same as removing its first
 // occurrence until there is none (the output never holds the marker).
 Common::string removeAll(const Common::string& text, const char* marker)
 {

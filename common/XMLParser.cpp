@@ -331,8 +331,8 @@ void XMLParser::Parse(Element* root, const Common::string& text)
             pos = end;
         }
 
-        // Step 4's push, append and move, with the append first: replacing
-        // `document` may release the element that `current` points to.
+        // The element joins its parent first: replacing `document` below may
+        // release the element that `current` points to.
         if (current != nullptr)
             current->m_children.push_back(element);
         if (!selfClosing)

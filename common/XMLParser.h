@@ -50,7 +50,7 @@ public:
     // On malformed input:
     // - Where a tag is expected but none can be read (text after a child
     //   element, a "<" followed directly by ">", stray text), the parse stops
-    //   there and the tree built so far is kept (step 5 runs as usual).
+    //   there and the tree built so far is kept (and copied into `root`).
     // - An end tag while no element is open changes nothing.
     // - Running out of text inside a tag or an attribute ends the parse
     //   normally with what was built.

@@ -2,8 +2,7 @@
 
 #include "common/String.h"
 
-// Expansion of "<?include NAME?>" directives in ".htm"/".html" pages
-// (step 14).
+// Expansion of "<?include NAME?>" directives in ".htm"/".html" pages.
 namespace Includes
 {
 
