@@ -3,7 +3,7 @@
 #include "common/String.h"
 #include "common/Threadable.h"
 
-// The start-up background job, run once on its own thread after
+// The start-up inventory job, run once on its own thread after
 // the configuration has been read: it builds the storage inventory from
 // "<content folder>/cfg/allboards.xml", saves it as
 // "<content folder>/cfg/allstorage.xml" and primes the detection

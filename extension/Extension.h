@@ -5,7 +5,10 @@
 
 #include "common/String.h"
 
-// The page text of the current request, lent to the host.
+// The page buffer: the page text of the current request. Emptied when a
+// request comes in, filled by a command page (through NSPResponse::Flush) or
+// by file serving, then lent to the host, which reads it until its next call.
+// Beware: anything that keeps a pointer into it loses it on the next request.
 extern Common::string g_stream;
 // "ExtensionModule" of the configuration file; kept, not otherwise used.
 extern Common::string g_extensionModule;
