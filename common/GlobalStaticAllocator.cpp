@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <new>
 #include <pthread.h>
 
@@ -33,13 +34,18 @@ struct SegmentInfo
     unsigned short largest; // no free node is larger; exact after a failed search
 };
 
-// The pool lock: one per process, recursive. Taking it when it is free and
-// releasing it when nobody waits cost one atomic operation each, inline
-// (allocation is frequent and rarely contended); a thread that finds it held
-// sleeps on s_waitCondition. s_lockState: 0 free, 1 held, 2 held and possibly
-// waited for. s_lockOwner (currentThread() of the holder, 0 when free) is written
+// The pool lock: one per process, recursive. Taking it when it is free costs
+// one atomic operation and releasing it a plain store, inline (allocation is
+// frequent and rarely contended); a thread that finds it held sleeps on
+// s_waitCondition. s_lockState: 0 free, 1 held, 2 held and possibly waited
+// for. s_lockOwner (currentThread() of the holder, 0 when free) is written
 // only by the holder, so a thread reading its own id there holds the lock;
 // s_lockDepth is touched by the holder only.
+// The release reads the state and stores 0 without an atomic exchange, so a
+// waiter that marks the state between the two is not woken: waiters sleep at
+// most kWaitSlice at a time and then look again. That costs a contended
+// acquisition up to a millisecond, rarely, and spares every release the
+// locked instruction that dominated the pool's time.
 // Constant-initialized, so usable from any static constructor of any unit.
 int s_lockState = 0;
 unsigned long s_lockOwner = 0;
@@ -63,13 +69,25 @@ __attribute__((target("inline-all-stringops"))) void zeroFill(char* p, unsigned 
     std::memset(p, 0, n);
 }
 
+const long kWaitSliceNanoseconds = 1000000;
+
 void waitForLock()
 {
     pthread_mutex_lock(&s_waitMutex);
-    // Marked 2 before sleeping, so the holder's release wakes us; we cannot
-    // miss that signal since the holder takes s_waitMutex to send it.
+    // Marked 2 before sleeping, so that the holder's release usually wakes
+    // us; the time limit covers the release that did not see the mark.
     while (__atomic_exchange_n(&s_lockState, 2, __ATOMIC_ACQUIRE) != 0)
-        pthread_cond_wait(&s_waitCondition, &s_waitMutex);
+    {
+        timespec until;
+        clock_gettime(CLOCK_MONOTONIC, &until);
+        until.tv_nsec += kWaitSliceNanoseconds;
+        if (until.tv_nsec >= 1000000000L)
+        {
+            until.tv_nsec -= 1000000000L;
+            ++until.tv_sec;
+        }
+        pthread_cond_clockwait(&s_waitCondition, &s_waitMutex, CLOCK_MONOTONIC, &until);
+    }
     pthread_mutex_unlock(&s_waitMutex);
 }
 
@@ -108,7 +126,9 @@ inline void unlockPool()
     if (--s_lockDepth != 0)
         return;
     __atomic_store_n(&s_lockOwner, 0ul, __ATOMIC_RELAXED);
-    if (__atomic_exchange_n(&s_lockState, 0, __ATOMIC_RELEASE) == 2)
+    const bool waited = __atomic_load_n(&s_lockState, __ATOMIC_RELAXED) == 2;
+    __atomic_store_n(&s_lockState, 0, __ATOMIC_RELEASE);
+    if (waited)
         wakeWaiter();
 }
 
