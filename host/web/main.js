@@ -83,9 +83,13 @@ startBridge({
     bridge = started;
     console.log(`Tidewell setup UI: ${bridge.openUrl}`);
     if (values.show.length === 0) return;
-    if (vm && !await virtualServer.whenReady(FIRST_BOOT_WAIT_MS)) {
-      console.error(`the virtual server did not answer within ${FIRST_BOOT_WAIT_MS / 1000} s`);
-      end(1);
+    if (vm) {
+      const waited = Date.now();
+      if (!await virtualServer.whenReady(FIRST_BOOT_WAIT_MS)) {
+        console.error(`the virtual server did not answer within ${FIRST_BOOT_WAIT_MS / 1000} s`);
+        end(1);
+      }
+      console.log(`the virtual server answered after ${((Date.now() - waited) / 1000).toFixed(1)} s`);
     }
     for (const page of values.show) {
       const answer = await fetch(new URL(page, bridge.url), { headers: { Cookie: bridge.cookie } });
