@@ -38,6 +38,8 @@ done
 source tests/vm/requirements.sh
 if [[ $vm == yes ]]; then scripts/deps.sh "${vm_packages[@]}"; else scripts/deps.sh; fi
 scripts/build.sh build/main -DCMAKE_BUILD_TYPE=Release -DTIDEWELL_TESTS=OFF
+# The bridge's own dependencies, exactly as locked (a fresh checkout has none).
+[[ -d host/web/node_modules/cookie ]] || npm ci --prefix host/web --no-audit --no-fund --omit=dev
 shell=build/main/host/tidewell_shell
 
 if [[ $once == auto ]]; then

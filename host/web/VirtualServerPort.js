@@ -83,6 +83,7 @@ class VirtualServerPort {
     });
   }
 
+  // Ends the connection for good; waiting requests answer 503.
   stop() {
     this.stopped = true;
     clearTimeout(this.retryTimer);
@@ -160,8 +161,14 @@ class VirtualServerPort {
     this.socket = null;
     this.ready = false;
     this.channel.detach(error);
+    if (this.stopped) {
+      for (const timer of this.deadlines.values()) clearTimeout(timer);
+      this.deadlines.clear();
+      for (const entry of this.channel.pending.slice()) this.channel.cancel(entry, restarting());
+      return;
+    }
     for (const entry of this.channel.pending) this.bound(entry);
-    if (!this.stopped) this.retryTimer = setTimeout(() => this.open(), this.retryMs);
+    this.retryTimer = setTimeout(() => this.open(), this.retryMs);
   }
 }
 
