@@ -9,9 +9,11 @@
 # Usage: virtual_server.sh --work DIR --shell FILE --module FILE --content DIR
 #                          [--profile FILE]
 # Runs until SIGINT or SIGTERM. QEMU runs with -no-reboot: a restart of the
-# guest (the reboot call, or the controller's chassis reset) ends QEMU, and
-# it is started again on the same disks with the same controller, so the
-# socket goes away and comes back, and the firmware boots the guest again.
+# guest (the reboot call) ends QEMU, and so does the controller's chassis
+# reset (Chassis Control, which ipmi_sim hands to its chassis-control
+# program as "set reset 1"); QEMU is then started again on the same disks
+# with the same controller, so the socket goes away and comes back, and the
+# firmware boots the guest again.
 # WORK/boots holds the number of boots so far (the guest reads it too, from
 # its kernel command line), WORK/console.log every boot's console and
 # WORK/qemu.log QEMU's messages. Prints "virtual server: socket PATH" once
@@ -52,8 +54,12 @@ blocks=$(python3 "$here/machine_profile.py" "$profile" --block-devices)
 mapfile -t accel < <(vm_accelerator)
 
 qemu_pid=
+watcher_pid=
 stop() {
-  [[ -n $qemu_pid ]] && kill "$qemu_pid" 2>/dev/null
+  local pid
+  for pid in $watcher_pid $qemu_pid; do
+    kill "$pid" 2>/dev/null
+  done
   stop_controller
 }
 trap stop EXIT
@@ -61,6 +67,16 @@ trap 'exit 0' INT TERM
 start_controller "$work/ipmi_sim" "$openipmi/usr/bin/ipmi_sim" 0
 
 socket=$work/serial.sock
+# chassis_control.sh keeps the controller's reset request as this file.
+reset_request=$work/ipmi_sim/value.reset
+# Ends QEMU (process $1) once the controller asks for a reset.
+watch_reset() {
+  until [[ -e $reset_request ]]; do
+    kill -0 "$1" 2>/dev/null || return 0
+    sleep 0.2
+  done
+  kill "$1"
+}
 : >"$work/console.log"
 : >"$work/qemu.log"
 boots=0
@@ -68,7 +84,7 @@ announced=
 while :; do
   boots=$((boots + 1))
   echo "$boots" >"$work/boots"
-  rm -f "$socket"
+  rm -f "$socket" "$reset_request"
   begun=$SECONDS
   # No SMAP, as in the virtual-server test: the ROM layer's calls into the
   # firmware need it off under QEMU's emulation (run.sh says why).
@@ -80,6 +96,8 @@ while :; do
     -append "console=ttyS0 quiet panic=-1 tidewell.case=serve tidewell.blocks=$blocks tidewell.boot=$boots" \
     </dev/null >>"$work/console.log" 2>>"$work/qemu.log" &
   qemu_pid=$!
+  watch_reset "$qemu_pid" &
+  watcher_pid=$!
   if [[ -z $announced ]]; then
     echo "virtual server: socket $socket (${accel[*]})"
     announced=yes
@@ -87,7 +105,12 @@ while :; do
   status=0
   wait "$qemu_pid" || status=$?
   qemu_pid=
-  echo "virtual server: boot $boots ended after $((SECONDS - begun)) s, QEMU's status $status" >&2
+  kill "$watcher_pid" 2>/dev/null || true
+  wait "$watcher_pid" 2>/dev/null || true
+  watcher_pid=
+  how="the guest restarted"
+  [[ -e $reset_request ]] && how="the controller's chassis reset"
+  echo "virtual server: boot $boots ended after $((SECONDS - begun)) s ($how), QEMU's status $status" >&2
   if [[ $status -ne 0 ]]; then
     tail -n 20 "$work/qemu.log" >&2
     exit 1

@@ -3,7 +3,8 @@
 // virtual_server.sh): the module acts on a QEMU guest's firmware, kernel and
 // management controller, and the pages must show what dmidecode, lspci and
 // sysfs read in that same guest (written at its boot to /tidewell/oracle/,
-// read here through "system.nsp" ReadFile). Then a real restart.
+// read here through "system.nsp" ReadFile). Then real restarts, warm and
+// cold.
 //
 // Environment: TIDEWELL_SHELL, TIDEWELL_MODULE (the built shell and product
 // module), TIDEWELL_VM_WORK (the virtual server's folder). Ends with status
@@ -14,6 +15,7 @@
 
 const test = require('node:test');
 const assert = require('node:assert/strict');
+const fs = require('node:fs');
 const path = require('node:path');
 const readline = require('node:readline');
 const { spawn } = require('node:child_process');
@@ -33,16 +35,22 @@ function cannotRun(reason) {
   process.exit(77);
 }
 
-// Starts tests/vm/virtual_server.sh; resolves to { process, socket } once
-// QEMU runs.
+// Starts tests/vm/virtual_server.sh; resolves to { process, socket, ends }
+// once QEMU runs. `ends` collects its lines saying how each boot ended (its
+// standard error is passed on).
 function startVirtualServer() {
   const server = spawn('bash', [path.join(top, 'tests/vm/virtual_server.sh'), '--work', process.env.TIDEWELL_VM_WORK,
     '--shell', process.env.TIDEWELL_SHELL, '--module', process.env.TIDEWELL_MODULE,
-    '--content', path.join(top, 'content')], { stdio: ['ignore', 'pipe', 'inherit'] });
+    '--content', path.join(top, 'content')], { stdio: ['ignore', 'pipe', 'pipe'] });
+  const ends = [];
+  readline.createInterface({ input: server.stderr }).on('line', (line) => {
+    process.stderr.write(`${line}\n`);
+    if (/^virtual server: boot \d+ ended/.test(line)) ends.push(line);
+  });
   return new Promise((resolve) => {
     readline.createInterface({ input: server.stdout }).on('line', (line) => {
       const started = /^virtual server: socket (\S+)/.exec(line);
-      if (started) resolve({ process: server, socket: started[1] });
+      if (started) resolve({ process: server, socket: started[1], ends });
     });
     server.on('exit', (code) => {
       if (code === 3) cannotRun('virtual_server.sh says why above');
@@ -144,15 +152,23 @@ test('setup pages in Chromium through the virtual server', { timeout: 540000 }, 
     assert.deepEqual(await shownOrder(), ['CD']);
   });
 
-  await t.test('a warm restart really restarts the guest, and the page sees it come back', async () => {
+  // Restarts through the page; resolves to the guest's boot count before.
+  const restartFromPage = async (target, coldBoot) => {
     const boots = Number(await guestFile('/tidewell/boot'));
     await page.goto(new URL('/restart.htm', bridge.url).href);
     await page.waitForSelector('#restart:not([disabled])');
-    await page.selectOption('#target', 'PXE');
-    await page.selectOption('#coldboot', 'No');
+    await page.selectOption('#target', target);
+    await page.selectOption('#coldboot', coldBoot);
     await page.click('#restart');
     await page.click('#confirmed');
     await page.waitForFunction(() => document.getElementById('status').textContent.startsWith('The server is restarting'));
+    return boots;
+  };
+  const serverBack = () => page.waitForFunction(() => document.getElementById('status').textContent.startsWith('The server is back'),
+    null, { timeout: BOOT_WAIT_MS });
+
+  await t.test('a warm restart really restarts the guest, and the page sees it come back', async () => {
+    const boots = await restartFromPage('PXE', 'No');
 
     const asked = Date.now();
     const during = await get('/hardware.nsp?Command=Query');
@@ -160,12 +176,25 @@ test('setup pages in Chromium through the virtual server', { timeout: 540000 }, 
     assert.equal(await during.text(), `${RESTARTING}\n`);
     assert.ok(Date.now() - asked < RESTART_WAIT_MS + 2000, `the 503 took ${Date.now() - asked} ms`);
 
-    await page.waitForFunction(() => document.getElementById('status').textContent.startsWith('The server is back'),
-      null, { timeout: BOOT_WAIT_MS });
+    await serverBack();
     // The one-time target that the restart gave the management controller.
     assert.equal(await page.textContent('#status'), 'The server is back. Next start from: pxe.');
     const after = await get('/hardware.nsp?Command=Query');
     assert.equal(after.status, 200);
+    assert.equal(Number(await guestFile('/tidewell/boot')), boots + 1);
+    assert.match(server.ends.at(-1), /\(the guest restarted\)/);
+  });
+
+  await t.test('a cold restart goes through the controller\'s chassis reset, and the page sees the guest come back', async () => {
+    const chassisLog = path.join(process.env.TIDEWELL_VM_WORK, 'ipmi_sim/chassis.log');
+    const resets = () => fs.readFileSync(chassisLog, 'latin1').split('\n').filter((line) => line.endsWith('set reset 1')).length;
+    const resetsBefore = resets();
+    const boots = await restartFromPage('CD', 'Yes');
+    await serverBack();
+    assert.equal(await page.textContent('#status'), 'The server is back. Next start from: cdrom.');
+    assert.equal(resets(), resetsBefore + 1);
+    // The controller switched the machine off, before the guest's own reboot call.
+    assert.match(server.ends.at(-1), /\(the controller's chassis reset\)/);
     assert.equal(Number(await guestFile('/tidewell/boot')), boots + 1);
   });
 
