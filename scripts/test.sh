@@ -12,8 +12,8 @@
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
-scripts/deps.sh qemu-system-x86 seabios busybox-static cpio dmidecode pciutils ipmitool kmod \
-  python3 libopenipmi0 libpopt0
+source tests/vm/requirements.sh
+scripts/deps.sh "${vm_packages[@]}"
 # The web bridge's test dependencies, exactly as locked.
 npm ci --prefix host/web --no-audit --no-fund
 

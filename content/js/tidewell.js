@@ -39,7 +39,7 @@ const Tidewell = (() => {
   async function fetchText(page, parameters = {}) {
     const response = await fetch(`/${page}?${query(parameters)}`, { cache: 'no-store' });
     if (!response.ok) throw new Error(`${page}: HTTP ${response.status}`);
-    return { text: await response.text(), simulated: response.headers.get('X-Tidewell-Simulated') === 'yes' };
+    return { text: await response.text(), headers: response.headers };
   }
 
   // The JSON answer of a command page; an empty answer gives null.
@@ -48,9 +48,12 @@ const Tidewell = (() => {
     return text === '' ? null : JSON.parse(text);
   }
 
-  // Whether the bridge runs the module against a simulated server.
-  async function isSimulated() {
-    return (await fetchText('system.nsp', { Command: 'Query' })).simulated;
+  // What the bridge runs the module on: "simulated" (the simulated server),
+  // "virtual" (a QEMU guest) or "real".
+  async function serverKind() {
+    const { headers } = await fetchText('system.nsp', { Command: 'Query' });
+    if (headers.get('X-Tidewell-Simulated') === 'yes') return 'simulated';
+    return headers.get('X-Tidewell-Virtual-Server') === 'yes' ? 'virtual' : 'real';
   }
 
   function element(tag, properties = {}, children = []) {
@@ -72,5 +75,5 @@ const Tidewell = (() => {
 
   document.addEventListener('DOMContentLoaded', () => translate());
 
-  return { language, chooseLanguage, translate, command, fetchText, isSimulated, element, showStatus, valueTable };
+  return { language, chooseLanguage, translate, command, fetchText, serverKind, element, showStatus, valueTable };
 })();

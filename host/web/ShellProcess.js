@@ -1,7 +1,6 @@
 'use strict';
-// The module shell in "serve" mode, driven one request at a time.
-// The module takes one request at a time, so requests wait in a queue and the
-// next one is written only after the previous answer has been read whole.
+// The module shell in "serve" mode as a local process, driven one request at
+// a time over its standard input and output (FramedChannel.js).
 // A shell that dies fails the request in flight; the queued ones go to a
 // fresh shell. A request that gets no answer within the
 // time limit (a program run through "system.nsp" that never ends, a wait on
@@ -18,6 +17,7 @@ const fs = require('node:fs');
 const os = require('node:os');
 const path = require('node:path');
 const { spawn } = require('node:child_process');
+const { FramedChannel } = require('./FramedChannel');
 
 function killGroup(child) {
   try {
@@ -38,16 +38,20 @@ class ShellProcess {
     this.answerTimeoutMs = answerTimeoutMs;
     this.timer = null;
     this.child = null;
-    this.pending = [];     // requests not yet answered; pending[0] is in flight
-    this.buffer = Buffer.alloc(0);
+    this.channel = new FramedChannel({
+      wanted: () => this.start(),
+      sent: () => {
+        const { child } = this;
+        this.timer = setTimeout(() => killGroup(child), this.answerTimeoutMs);
+      },
+      answered: () => clearTimeout(this.timer),
+      malformed: () => killGroup(this.child),
+    });
   }
 
   // Resolves to { result, page } (page a Buffer); rejects when the shell dies.
   request(method, url) {
-    return new Promise((resolve, reject) => {
-      this.pending.push({ method, url, resolve, reject, sent: false });
-      this.sendNext();
-    });
+    return this.channel.request(method, url);
   }
 
   // Ends the shell at once (synchronously: safe right before process.exit).
@@ -68,11 +72,11 @@ class ShellProcess {
     });
     this.child = child;
     this.temporaryFolder = temporaryFolder;
-    this.buffer = Buffer.alloc(0);
-    child.stdout.on('data', (chunk) => this.receive(chunk));
+    child.stdout.on('data', (chunk) => this.channel.receive(chunk));
     child.stdin.on('error', () => {}); // reported through 'exit'
     child.on('error', () => this.died(child, temporaryFolder));
     child.on('exit', () => this.died(child, temporaryFolder));
+    this.channel.attach((bytes) => child.stdin.write(bytes));
   }
 
   died(child, temporaryFolder) {
@@ -81,44 +85,7 @@ class ShellProcess {
     if (this.child !== child) return;
     this.child = null;
     clearTimeout(this.timer);
-    const failed = this.pending.filter((request) => request.sent);
-    this.pending = this.pending.filter((request) => !request.sent);
-    for (const request of failed) request.reject(new Error('module shell ended'));
-    this.sendNext();
-  }
-
-  sendNext() {
-    const next = this.pending[0];
-    if (!next || next.sent) return;
-    if (!this.child) this.start();
-    next.sent = true;
-    const child = this.child;
-    this.timer = setTimeout(() => killGroup(child), this.answerTimeoutMs);
-    const url = Buffer.from(next.url, 'latin1');
-    this.child.stdin.write(`${next.method} ${url.length}\n`);
-    this.child.stdin.write(url);
-  }
-
-  // Answers are "<RESULT> <N>\n" and N bytes of page.
-  receive(chunk) {
-    this.buffer = Buffer.concat([this.buffer, chunk]);
-    for (;;) {
-      const end = this.buffer.indexOf(0x0a);
-      if (end < 0) return;
-      const match = /^(\d+) (\d+)$/.exec(this.buffer.subarray(0, end).toString('latin1'));
-      if (!match) {
-        killGroup(this.child);
-        return;
-      }
-      const length = Number(match[2]);
-      if (this.buffer.length < end + 1 + length) return;
-      const page = this.buffer.subarray(end + 1, end + 1 + length);
-      this.buffer = this.buffer.subarray(end + 1 + length);
-      clearTimeout(this.timer);
-      const answered = this.pending.shift();
-      if (answered) answered.resolve({ result: Number(match[1]), page: Buffer.from(page) });
-      this.sendNext();
-    }
+    this.channel.detach(new Error('module shell ended'));
   }
 }
 

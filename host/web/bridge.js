@@ -48,15 +48,21 @@ function answer(response, status, headers, text) {
 }
 
 // options: { shellPath, shellArguments, spawnOptions, host, port, simulated,
-// answerTimeoutMs } (the last bounds each module request; ShellProcess).
-// `simulated` marks every answer with "X-Tidewell-Simulated: yes": the setup
-// pages send a restart only to a simulated server.
+// answerTimeoutMs } (the last bounds each module request; ShellProcess), or
+// { virtualServer, host, port } where virtualServer is the VirtualServerPort
+// of a running virtual server instead of a local shell.
+// `simulated` marks every answer with "X-Tidewell-Simulated: yes", a virtual
+// server every answer with "X-Tidewell-Virtual-Server: yes": the setup pages
+// send a restart only to either.
 // Resolves to { server, shell, url, openUrl, cookie } once listening: `url`
 // is the bridge's root, `openUrl` the same with the secret (for a browser),
 // `cookie` a Cookie header value that carries the secret (for other clients).
 function startBridge(options) {
-  const shell = new ShellProcess(options.shellPath, options.shellArguments, options.spawnOptions,
-    options.answerTimeoutMs);
+  const shell = options.virtualServer || new ShellProcess(options.shellPath, options.shellArguments,
+    options.spawnOptions, options.answerTimeoutMs);
+  const origin = {};
+  if (options.simulated) origin['X-Tidewell-Simulated'] = 'yes';
+  if (options.virtualServer) origin['X-Tidewell-Virtual-Server'] = 'yes';
   let access = null; // made once the port is known, before any request
   const server = http.createServer((request, response) => {
     request.resume(); // the body is not forwarded
@@ -78,12 +84,13 @@ function startBridge(options) {
           'Content-Type': found ? contentType(path) : 'text/plain; charset=utf-8',
           'X-Content-Type-Options': 'nosniff',
           'Cache-Control': 'no-store',
-          ...(options.simulated ? { 'X-Tidewell-Simulated': 'yes' } : {}),
+          ...origin,
         });
         response.end(found ? page : 'not found\n');
       },
-      () => answer(response, 502, {},
-        'the module shell ended or did not answer in time; it is started again with the next request\n'));
+      // A PortError carries its status and text (VirtualServerPort.js).
+      (error) => answer(response, error.status || 502, origin, error.status ? `${error.message}\n`
+        : 'the module shell ended or did not answer in time; it is started again with the next request\n'));
   });
   server.on('close', () => shell.stop());
   return new Promise((resolve, reject) => {

@@ -5,7 +5,10 @@
 # probe) the
 # same questions and prints each answer on the console between the lines
 # "@@BEGIN <name>" and "@@END <name> <exit status>", for the host to compare.
-# The kernel command line chooses the case: "main", "cold" or "nobmc".
+# The kernel command line chooses the case: "main", "cold" or "nobmc"; or
+# "serve" for the interactive virtual server (virtual_server.sh), where the
+# module shell serves the web bridge on the host through a virtio serial port
+# and the guest runs no network listener.
 export PATH=/bin:/sbin:/usr/bin:/usr/sbin
 /bin/busybox --install -s /bin
 mount -t proc proc /proc
@@ -99,6 +102,47 @@ restart() {
   echo "@@RESTART-RETURNED"
 }
 
+# The device of the virtio serial port named $1 ("" until it appears).
+serial_port() {
+  for port in /sys/class/virtio-ports/*; do
+    [ "$(cat "$port/name" 2>/dev/null)" = "$1" ] && echo "/dev/${port##*/}"
+  done
+}
+# The module shell as root in serve mode on the port "tidewell.0", again and
+# again: it ends when the host's side closes (a read then finds the end) and
+# when nothing is connected yet. A port opens once at a time, hence one open
+# for reading and writing. /tidewell/boot holds the host's count of
+# this virtual server's boots, which the pages can read ("system.nsp"
+# ReadFile).
+bridge_port_found() {
+  [ -n "$(serial_port tidewell.0)" ]
+}
+# What dmidecode, lspci and sysfs read in this guest, for the browser tests
+# to compare the pages with ("system.nsp" ReadFile of /tidewell/oracle/*).
+write_oracles() {
+  mkdir -p "$tidewell/oracle"
+  for keyword in system-product-name system-serial-number chassis-asset-tag bios-version \
+    bios-release-date; do
+    dmidecode -s "$keyword" >"$tidewell/oracle/$keyword" 2>&1
+  done
+  lspci -n -vmm -D >"$tidewell/oracle/lspci" 2>&1
+  block_devices >"$tidewell/oracle/blocks"
+}
+serve() {
+  load_modules serial
+  write_oracles
+  wait_for 10 bridge_port_found
+  port=$(serial_port tidewell.0)
+  argument boot >"$tidewell/boot"
+  cd "$content"
+  echo "@@SERVING boot $(cat "$tidewell/boot") on $port"
+  while :; do
+    "$tidewell/tidewell_shell" --module "$tidewell/libtidewell.so" --host-dir /tmp/host \
+      "$content" serve <>"$port" >&0 2>>/tmp/stderr.log
+    usleep 200000
+  done
+}
+
 mkdir -p /tmp/host
 load_modules storage
 [ "$case" = nobmc ] || load_modules ipmi
@@ -166,6 +210,9 @@ main)
   ;;
 cold)
   restart cold PXE Yes
+  ;;
+serve)
+  serve
   ;;
 nobmc)
   section hardware page "hardware.nsp?Command=Query"

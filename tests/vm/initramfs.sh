@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# tests/vm/initramfs.sh OUTPUT MODULES SHELL MODULE PROBE CONTENT: builds the
-# guest's initramfs (gzip-compressed cpio) at OUTPUT: static busybox and the
-# test's init, the module shell with the product module, the ROM probe and the
-# content folder under /tidewell, the 32-bit runtime they need, dmidecode,
-# lspci and ipmitool with their libraries, and the kernel modules of the storage drivers and
-# the IPMI driver (from the kernel's module folder MODULES) with their load
-# orders.
+# tests/vm/initramfs.sh OUTPUT MODULES SHELL MODULE CONTENT [PROBE]: builds
+# the guest's initramfs (gzip-compressed cpio) at OUTPUT: static busybox and
+# the guest's init, the module shell with the product module, the ROM probe
+# (when given) and the content folder under /tidewell, the 32-bit runtime they
+# need, dmidecode, lspci and ipmitool with their libraries, and the kernel
+# modules of the storage drivers, the IPMI driver and the virtio serial port
+# (from the kernel's module folder MODULES) with their load orders.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-output=$1 modules=$2 shell=$3 module=$4 probe=$5 content=$6
+output=$1 modules=$2 shell=$3 module=$4 content=$5 probe=${6:-}
 
 root=$(mktemp -d "$(dirname "$output")/root.XXXXXX")
 trap 'rm -rf "$root"' EXIT
@@ -31,8 +31,9 @@ with_libraries() {
     cp -L "$library" "$root$library"
   done
 }
-cp "$shell" "$module" "$probe" "$root/tidewell/"
-with_libraries "$shell" "$module" "$probe"
+programs=("$shell" "$module" ${probe:+"$probe"})
+cp "${programs[@]}" "$root/tidewell/"
+with_libraries "${programs[@]}"
 cp /usr/sbin/dmidecode "$root/usr/sbin/"
 cp /usr/bin/lspci /usr/bin/ipmitool "$root/usr/bin/"
 with_libraries /usr/sbin/dmidecode /usr/bin/lspci /usr/bin/ipmitool
@@ -48,5 +49,7 @@ kernel_modules "$modules" "$root/tidewell/modules" \
   >"$root/tidewell/storage.modules"
 kernel_modules "$modules" "$root/tidewell/modules" ipmi_msghandler ipmi_si ipmi_devintf \
   >"$root/tidewell/ipmi.modules"
+kernel_modules "$modules" "$root/tidewell/modules" virtio_console \
+  >"$root/tidewell/serial.modules"
 
 (cd "$root" && find . | cpio -o -H newc --quiet) | gzip -1 >"$output"
