@@ -1,6 +1,6 @@
 #include "common/filesystem/Copy.h"
 
-#include "ScratchFolder.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "common/Thread.h"
 #include "common/filesystem/CopyRegistry.h"
 
-#include "ScratchFolder.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "common/InputStreamFromFile.h"
 #include "common/OutputStreamToFile.h"
 
-#include "ScratchFolder.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 

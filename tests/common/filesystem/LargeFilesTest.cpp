@@ -3,7 +3,7 @@
 #include "common/filesystem/Copy.h"
 #include "common/filesystem/Filesystem.h"
 
-#include "ScratchFolder.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
