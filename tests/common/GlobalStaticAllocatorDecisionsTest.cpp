@@ -5,7 +5,8 @@
 // The number of operations comes from the environment variable
 // TIDEWELL_POOL_OPERATIONS (default 50,000, the suite's share); the full check
 // is a million:
-//   TIDEWELL_POOL_OPERATIONS=1000000 build/release/tests/common_tests --gtest_filter='PoolDecisions.*'
+//   TIDEWELL_POOL_OPERATIONS=1000000 build/release/tests/common_tests
+//   --gtest_filter='PoolDecisions.*'
 // TIDEWELL_POOL_SEED picks another sequence (default 1).
 #include "common/GlobalStaticAllocator.h"
 #include "tests/common/PoolTestSupport.h"
@@ -41,7 +42,7 @@ class PlainPool
 public:
     static unsigned const kNone = 0xFFFFFFFF;
 
-    PlainPool() : m_free(10, std::vector<FreeNode>{{0, 65535}}) {}
+    PlainPool() : m_free(10, std::vector<Free>{{0, 65535}}) {}
 
     unsigned allocate(unsigned n)
     {
@@ -57,7 +58,7 @@ public:
                     if (f->size == need)
                         m_free[i].erase(f);
                     else
-                        *f = FreeNode{f->offset + need, f->size - need};
+                        *f = Free{f->offset + need, f->size - need};
                     return i * 65535 + offset;
                 }
         return kNone;
@@ -66,10 +67,10 @@ public:
     // Frees `length` bytes at `at`, merging with free neighbours.
     void release(unsigned at, unsigned length)
     {
-        std::vector<FreeNode>& list = m_free[at / 65535];
+        std::vector<Free>& list = m_free[at / 65535];
         unsigned offset = at % 65535;
-        auto k = std::find_if(list.begin(), list.end(), [&](FreeNode f) { return f.offset > offset; });
-        k = list.insert(k, FreeNode{offset, length});
+        auto k = std::find_if(list.begin(), list.end(), [&](Free f) { return f.offset > offset; });
+        k = list.insert(k, Free{offset, length});
         if (k + 1 != list.end() && offset + length == (k + 1)->offset)
         {
             k->size += (k + 1)->size;
@@ -84,7 +85,7 @@ public:
 
     bool isFree(unsigned at) const
     {
-        for (FreeNode const& f : m_free[at / 65535])
+        for (Free const& f : m_free[at / 65535])
             if (at % 65535 >= f.offset && at % 65535 < f.offset + f.size)
                 return true;
         return false;
@@ -95,7 +96,7 @@ public:
     {
         std::vector<unsigned> sizes;
         for (auto const& list : m_free)
-            for (FreeNode const& f : list)
+            for (Free const& f : list)
                 sizes.push_back(f.size);
         return sizes.empty() ? 0 : sizes[pick % sizes.size()];
     }
@@ -106,7 +107,7 @@ public:
         std::string text = "<MemoryPool>" + element("Address", base);
         for (unsigned i = 0; i < 10; ++i)
         {
-            std::vector<FreeNode> const& list = m_free[i];
+            std::vector<Free> const& list = m_free[i];
             text += "<Segment>" + element("Index", i) + element("Address", base + i * 65535) +
                     element("FreeListCount", list.size());
             unsigned space = 0;
@@ -123,6 +124,12 @@ public:
     }
 
 private:
+    struct Free
+    {
+        unsigned offset;
+        unsigned size;
+    };
+
     static std::string element(char const* name, unsigned value)
     {
         char one[80];
@@ -130,14 +137,8 @@ private:
         return one;
     }
 
-    std::vector<std::vector<FreeNode>> m_free;
+    std::vector<std::vector<Free>> m_free;
 };
-
-std::string poolXml()
-{
-    std::vector<char> buffer(Pool::toXMLSize());
-    return Pool::ToXML(buffer.data(), buffer.size());
-}
 
 struct Block
 {
@@ -149,7 +150,7 @@ struct Block
 TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
 {
     Pool::Initialize();
-    ASSERT_TRUE(isPristine(snapshot())) << "an earlier test left blocks in the pool";
+    ASSERT_TRUE(isPristine()) << "an earlier test left blocks in the pool";
     unsigned long const operations = environmentNumber("TIDEWELL_POOL_OPERATIONS", 50000);
     unsigned long const seed = environmentNumber("TIDEWELL_POOL_SEED", 1);
     unsigned long const dumpEvery = std::max(operations / 50, 1ul);
@@ -164,9 +165,14 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
     std::vector<void*> freed; // pointers given back, for second frees
     int onStack = 0;
     std::vector<char> onHeap(64);
-    void* const foreign[] = {nullptr,       &onStack,       onHeap.data() + 2,
-                             base - 64,     base + 1,       base + Pool::PoolSize,
-                             base + Pool::PoolSize + 2, base + Pool::PoolSize + 4096};
+    void* const foreign[] = {nullptr,
+                             &onStack,
+                             onHeap.data() + 2,
+                             base - 64,
+                             base + 1,
+                             base + Pool::PoolSize,
+                             base + Pool::PoolSize + 2,
+                             base + Pool::PoolSize + 4096};
     unsigned long nulls = 0, ignored = 0;
 
     for (unsigned long step = 0; step < operations; ++step)
@@ -251,7 +257,7 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
         plain.release(at(block.p), std::max(block.n + 2, 4u));
     }
     EXPECT_EQ(plain.xml(baseAddress), poolXml());
-    EXPECT_TRUE(isPristine(snapshot()));
+    EXPECT_TRUE(isPristine());
 }
 
 } // namespace

@@ -73,7 +73,12 @@ TEST_F(LocalPool, MoreThanNObjectsFallBackToTheGlobalPoolThenTheHeapAndGoBackWhe
 {
     std::vector<void*> full = fillSegmentsAfter(1);
     std::vector<Probe*> probes;
-    enum { Local, Global, Heap } last = Local;
+    enum
+    {
+        Local,
+        Global,
+        Heap
+    } last = Local;
     unsigned counts[3] = {0, 0, 0};
     while (counts[Heap] < 25 && probes.size() < 10000)
     {
@@ -99,8 +104,9 @@ TEST_F(LocalPool, MoreThanNObjectsFallBackToTheGlobalPoolThenTheHeapAndGoBackWhe
     freeAll(full);
 }
 
-// Every block carries its owner's pattern, checked before it is freed; the
+// Every object carries its owner's mark, checked before it is freed; the
 // pool's lists are checked while the threads run and by the fixture after.
+// The small class pool overflows into the global pool all the time.
 TEST_F(LocalPool, TwoThreadsAllocateAndFreeConcurrently)
 {
     std::atomic<unsigned> failures(0), ready(0);
@@ -110,45 +116,36 @@ TEST_F(LocalPool, TwoThreadsAllocateAndFreeConcurrently)
         ++ready;
         while (ready.load() < 2) // start together, so that the threads overlap
             std::this_thread::yield();
-        std::vector<unsigned char*> raws;
         std::vector<Small*> smalls;
         std::vector<Probe*> probes;
-        auto mine = [id](unsigned value) { return value >> 24 == id; };
-        for (unsigned step = 0; step < 200000 || !raws.empty() || !smalls.empty() || !probes.empty(); ++step)
+        for (unsigned step = 0; step < 400000; ++step)
         {
-            unsigned value = id << 24 | (step & 0xFFFFFF);
-            unsigned action = step < 200000 ? random() % 6 : 3 + step % 3;
-            if (action == 0 && (raws.push_back(static_cast<unsigned char*>(Pool::allocate(1))), raws.back()))
-                *raws.back() = static_cast<unsigned char>(id);
-            else if (action == 0)
-                raws.pop_back();
-            else if (action == 1)
+            unsigned value = id << 24 | step, action = random() % 4;
+            if (action == 0)
                 smalls.push_back(new Small(value));
-            else if (action == 2)
+            else if (action == 1)
                 probes.push_back(new Probe(value));
-            else if (action == 3 && !raws.empty())
+            else if (action == 2 && !smalls.empty())
             {
-                failures += *raws.back() != id;
-                Pool::deallocate(raws.back());
-                raws.pop_back();
+                std::swap(smalls[random() % smalls.size()], smalls.back());
+                failures += !smalls.back()->intact() || smalls.back()->value >> 24 != id;
+                delete smalls.back();
+                smalls.pop_back();
             }
-            else if (action == 4 && !smalls.empty())
+            else if (action == 3 && !probes.empty())
             {
-                size_t k = random() % smalls.size();
-                failures += !smalls[k]->intact() || !mine(smalls[k]->value);
-                delete smalls[k];
-                smalls.erase(smalls.begin() + k);
-            }
-            else if (action == 5 && !probes.empty())
-            {
-                size_t k = random() % probes.size();
-                failures += !probes[k]->intact() || !mine(probes[k]->value);
-                delete probes[k];
-                probes.erase(probes.begin() + k);
+                std::swap(probes[random() % probes.size()], probes.back());
+                failures += !probes.back()->intact() || probes.back()->value >> 24 != id;
+                delete probes.back();
+                probes.pop_back();
             }
             if (step % 5000 == 0)
                 failures += !Pool::isInvariant();
         }
+        for (Small* p : smalls)
+            delete p;
+        for (Probe* p : probes)
+            delete p;
     };
     std::thread first(worker, 1), second(worker, 2);
     first.join();
