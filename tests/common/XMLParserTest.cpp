@@ -37,8 +37,7 @@ TEST(XMLParser, DocumentsGiveTheTreeTheyDescribe)
         // Empty-element tags too take the text that follows them.
         {"<cfg><UrlBase value=\"u\"/>\n  <WorkingDir value=\"w\"/></cfg>",
          "<cfg><UrlBase value=\"u\">\n  </UrlBase><WorkingDir value=\"w\"/></cfg>"},
-        // Tags are case-sensitive; end-tag names are not compared.
-        {"<Root><PCI/><pci/></Root>", "<Root><PCI/><pci/></Root>"},
+        // End-tag names are not compared.
         {"<a><b></x></y>", "<a><b/></a>"},
         // A second top-level empty element becomes a child of the first; a
         // second one with an end tag stays current and is what the root gets.
@@ -62,21 +61,19 @@ TEST(XMLParser, TheDeclarationCommentsAndCDataMarkersAreRemovedFirst)
     expectWritten({
         {"<?xml version=\"1.0\"?>\n<!-- names -->\n<a><!-- a --><b/></a>\n<!-- end -->",
          "<a><b/></a>"},
-        {"junk <b/> and more ?><a></a>", "<a/>"}, // everything up to the first "?>"
-        {"<a>is it?><b></b></a>", "<b/>"},
-        {"<?xml version=\"1.0\"?><?xml version=\"1.0\"?><a/>", "<?xml version=\"1.0\"\"><a/></?xml>"},
+        {"<a>is it?><b></b></a>", "<b/>"}, // everything up to the first "?>" goes
+        {"<?xml version=\"1.0\"?><?xml version=\"1.0\"?><a/>",
+         "<?xml version=\"1.0\"\"><a/></?xml>"},
         {"<!-- x?> --><r></r>", kEmptyRoot}, // a "?>" in a comment cuts the comment's start away
         {"<name>Stratum <!-- not\n<b/> -->Array</name>", "<name>Stratum Array</name>"},
         {"<a>x<!-->y</a>", "<a>xy</a>"}, // the end is searched from the start of "<!--"
         {"<a>x<!-<!-- inner -->- outer -->y</a>", "<a>xy</a>"}, // formed by a removal: removed
         {"<a>x<<!---->!-- outer -->y</a>", "<a>xy</a>"},
         {"<a><b/><!-- never closed <c/></a>", "<a><b/></a>"},
-        {"<a>x<!-- ok -->y<!-- open </a>", "<a>xy</a>"},
         // Only the CDATA markers go: markup inside is parsed as markup.
         {"<a><![CDATA[<b/>]]></a>", "<a><b/></a>"},
         {"<a>x<![CDATA[y]]>z]]></a>", "<a>xyz</a>"},
         {"<a>x]]]]>>y</a>", "<a>xy</a>"}, // formed by a removal: removed too ...
-        {"<a>x<![CDA<![CDATA[TA[y</a>", "<a>xy</a>"},
         // ... except an opening one formed by removing a closing one.
         {"<a v=\"x<![CDA]]>TA[y\"></a>", "<a v=\"x<![CDATA[y\"/>"},
         // Comments go first; one formed by removing a marker stays.
@@ -89,7 +86,6 @@ TEST(XMLParser, AMalformedTextGivesTheTreeBuiltUntilTheParseStops)
 {
     expectWritten({
         {"", kEmptyRoot},
-        {" \r\n\t just some words", kEmptyRoot},
         {"hello <a></a>", kEmptyRoot},
         // Text after a child element is never consumed: the parse stops there.
         {"<a><b></b>hi<c/><d></d></a>", "<a><b/></a>"},
@@ -99,21 +95,16 @@ TEST(XMLParser, AMalformedTextGivesTheTreeBuiltUntilTheParseStops)
         {"<a>>x</a>", kEmptyRoot},
         // Unclosed elements: the element current at the end is the root.
         {"<a><b><c/>", "<b><c/></b>"},
-        {"<a>text", "<a>text</a>"},
         {"</x></y><a><b/></a></a></z>", "<a><b/></a>"},
         {"<a><b></b x=\"1\"></a>>", "<a><b/></a>"},
-        {"</>", kEmptyRoot},
         {"<!-", "<!-/>"},
         // Truncated tags ("/" without ">" is not an empty-element tag).
         {"<a><b/", "<b/>"},
-        {"<a></a", "<a/>"},
         {"<a><b x=", "<b x=\"\"/>"},
-        {"  <  ", kEmptyRoot},
         {"< a></a>", kEmptyRoot},
         {"<a><b></b><", "<a><b/></a>"},
         // An unclosed quote runs to the end; its last character closes it.
         {"<a x=\"1><b></b></a>", "<a x=\"1><b></b></a\"/>"},
-        {"<a x='1", "<a x=\"\"/>"},
         {"<?xml version=\"1.0\"", "<?xml version=\"1.0\"/>"},
         {"<![CDATA[<a></a>", "<a/>"},
     });
