@@ -37,17 +37,6 @@ TEST_F(GlobalPool, TenSegmentsAreReservedOnceAndEveryByteMapsToItsSegment)
     }
 }
 
-TEST_F(GlobalPool, AWholeSegmentIsTheLargestRequestAndAFullPoolGivesNull)
-{
-    std::vector<void*> full = fillSegmentsAfter(0);
-    for (int i = 0; i < Pool::SegmentCount; ++i)
-        EXPECT_EQ(Pool::getSegmentAddr(i) + 2, full[i]);
-    EXPECT_EQ(nullptr, Pool::allocate(0));
-    freeAll(full);
-    for (unsigned n : {65534u, 100000u, 0xFFFFFFFFu})
-        EXPECT_EQ(nullptr, Pool::allocate(n)) << n;
-}
-
 TEST_F(GlobalPool, ANodeLargerByOneToThreeBytesIsSkipped)
 {
     std::vector<void*> full = fillSegmentsAfter(1); // only segment 0 has room
