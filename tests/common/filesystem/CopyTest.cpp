@@ -20,7 +20,8 @@ TEST(Copy, CopiesAFileToANewNameOrIntoAFolder)
     scratch.write("old.txt", "a longer text, replaced");
 
     EXPECT_TRUE(fs::copy(scratch.at("source/tool.sh"), scratch.at("existing")));
-    EXPECT_EQ(stdfs::perms::owner_all, stdfs::status(scratch.path("existing/tool.sh")).permissions());
+    EXPECT_EQ(stdfs::perms::owner_all,
+              stdfs::status(scratch.path("existing/tool.sh")).permissions());
     EXPECT_TRUE(fs::copy(scratch.at("source/tool.sh"), scratch.at("old.txt")));
     // Missing parents of a new name are made; backslashes are separators.
     EXPECT_TRUE(fs::copy(scratch.at("source") + "\\tool.sh", scratch.at("new\\deep/copy.sh")));
@@ -34,7 +35,8 @@ TEST(Copy, CopiesFolderTreesAndWhatAWildcardMatches)
 {
     ScratchFolder scratch;
     std::string const big(200000, 'b');
-    for (char const* file : {"tree/a.inf", "tree/a.inf.bak", "tree/x.inf.inf", "tree/qqazz", "tree/azz"})
+    for (char const* file :
+         {"tree/a.inf", "tree/a.inf.bak", "tree/x.inf.inf", "tree/qqazz", "tree/azz"})
         scratch.write(file, file);
     scratch.write("tree/sub/deeper/b.inf", big);
     scratch.makeFolder("tree/empty");
@@ -59,7 +61,7 @@ TEST(Copy, CopiesFolderTreesAndWhatAWildcardMatches)
     for (char const* name : {"a.inf.bak", "x.inf.inf", "azz", "empty"})
         EXPECT_FALSE(scratch.exists(std::string("drivers/") + name)) << name;
     fs::_MATCH match;
-    EXPECT_FALSE(fs::_isWild("*.txt", match)); // no "/"
+    EXPECT_FALSE(fs::_isWild("*.txt", match));     // no "/"
     EXPECT_FALSE(fs::_isWild("/d*/x.txt", match)); // the star not in the last name
 }
 

@@ -45,7 +45,7 @@ Status pollToTheEnd(fs::CopyRegistry& registry, Common::string const& key)
 }
 } // namespace
 
-TEST(CopyRegistry, ReportsTotalsAndTheFinalCountsOnce)
+TEST(CopyRegistry, RunsOneCopyPerKeyAndReportsItsEndOnce)
 {
     ScratchFolder scratch;
     scratch.write("tree/a.txt", std::string(1000, 'a'));
@@ -57,22 +57,17 @@ TEST(CopyRegistry, ReportsTotalsAndTheFinalCountsOnce)
     EXPECT_FALSE(registry.Start("job", scratch.at("tree"), scratch.at("other")));
     ASSERT_TRUE(registry.Start("single", scratch.at("tree/a.txt"), scratch.at("one.txt")));
     EXPECT_FALSE(registry.progress("JOB", status, running)); // keys keep their case
-
     status = pollToTheEnd(registry, "job");
     EXPECT_EQ(2u, status.totalFiles);
     EXPECT_EQ(2u, status.currentFile);
     EXPECT_EQ(71000u, status.totalBytes);
     EXPECT_EQ(71000u, status.currentByte);
     EXPECT_EQ(0u, text(status.currentFilename).rfind(scratch.path("tree/"), 0));
-    EXPECT_EQ(std::string(70000, 'b'), scratch.read("copy/sub/b.txt"));
     EXPECT_FALSE(scratch.exists("other"));
     EXPECT_FALSE(registry.progress("job", status, running)); // reported once
-
     EXPECT_EQ(scratch.at("tree/a.txt"), pollToTheEnd(registry, "single").currentFilename);
     ASSERT_TRUE(registry.Start("job", scratch.at("missing"), scratch.at("none"))); // key free
-    status = pollToTheEnd(registry, "job");
-    EXPECT_EQ(0u, status.totalFiles);
-    EXPECT_TRUE(status.currentFilename.empty());
+    EXPECT_EQ(0u, pollToTheEnd(registry, "job").totalFiles);
 }
 
 TEST(CopyThread, StopEndsTheCopyBetweenFilesAndDestroyingTheRegistryStopsEveryCopy)

@@ -59,7 +59,8 @@ TEST(LargeFiles, FolderOfThousandsOfEntriesListsEveryOne)
 {
     ScratchFolder scratch;
     for (int i = 0; i < 3000; ++i)
-        ::close(::open(scratch.path("entry-" + std::to_string(i)).c_str(), O_WRONLY | O_CREAT, 0644));
+        ::close(
+            ::open(scratch.path("entry-" + std::to_string(i)).c_str(), O_WRONLY | O_CREAT, 0644));
     scratch.makeFolder("sub");
     EXPECT_EQ(3000u, fs::getFileList(scratch.at()).size());
     EXPECT_EQ(1u, fs::getDirectoryList(scratch.at()).size());
