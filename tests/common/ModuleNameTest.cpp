@@ -7,10 +7,13 @@
 TEST(ModuleName, TakenFromTheShellsUnderscoreAndTheWorkingFolderThenCached)
 {
     char const* const cases[][3] = {
-        {nullptr, "/work", "/tmp/application.exe"}, {"/opt/ui/iexplore", "/work", "/opt/ui/iexplore"},
+        {nullptr, "/work", "/tmp/application.exe"},
+        {"/opt/ui/iexplore", "/work", "/opt/ui/iexplore"},
         {"bin/iexplore", "/work", "/work/bin/iexplore"},
         {"./iexplore", "/work", "/work/./iexplore"}, // only the exact value "./" is shortened
-        {"./", "/work", "/work/"}, {"", "/work", "/work/"}, {"x", nullptr, "/x"}};
+        {"./", "/work", "/work/"},
+        {"", "/work", "/work/"},
+        {"x", nullptr, "/x"}};
     for (auto const& c : cases)
         EXPECT_EQ(c[2], std::string(Common::ModuleName::derive(c[0], c[1]).c_str())) << c[0];
 

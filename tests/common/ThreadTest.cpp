@@ -1,5 +1,5 @@
-#include "common/Sleep.h"
 #include "common/Thread.h"
+#include "common/Sleep.h"
 #include "common/ThreadGroup.h"
 #include "tests/support/ChildProcess.h"
 

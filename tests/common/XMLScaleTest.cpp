@@ -29,13 +29,14 @@ TEST(XMLScale, ADocumentOf50000ElementsAndLargeTextsAreReadInOnePass)
 {
     std::string doc = "<AllBoards><PCI>";
     for (unsigned i = 0; i < 24999; ++i) // + AllBoards + PCI = 50,000 elements
-        doc += "<dev id=\"" + scrambled(i) + "\"><name>Board " + std::to_string(i) + "</name></dev>";
+        doc +=
+            "<dev id=\"" + scrambled(i) + "\"><name>Board " + std::to_string(i) + "</name></dev>";
     doc += "</PCI></AllBoards>";
     EXPECT_EQ(doc, write(parse(doc)));
 
     std::string big(4u << 20, 'x');
-    ElementPtr root = parse("<?xml version=\"1.0\"?><!--" + big + "--><a><!--" + big + "-->" +
-                            big + "<![CDATA[" + big + "]]></a>");
+    ElementPtr root = parse("<?xml version=\"1.0\"?><!--" + big + "--><a><!--" + big + "-->" + big +
+                            "<![CDATA[" + big + "]]></a>");
     EXPECT_EQ(2 * big.size(), root->text().size());
 }
 
