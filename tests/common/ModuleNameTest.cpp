@@ -4,34 +4,20 @@
 
 #include <string>
 
-namespace
+TEST(ModuleName, TakenFromTheShellsUnderscoreAndTheWorkingFolderThenCached)
 {
-std::string derive(const char* underscore, const char* cwd)
-{
-    Common::string name = Common::ModuleName::derive(underscore, cwd);
-    return std::string(name.c_str(), name.size());
-}
-} // namespace
+    char const* const cases[][3] = {
+        {nullptr, "/work", "/tmp/application.exe"},
+        {"/opt/ui/iexplore", "/work", "/opt/ui/iexplore"},
+        {"bin/iexplore", "/work", "/work/bin/iexplore"},
+        {"./iexplore", "/work", "/work/./iexplore"}, // only the exact value "./" is shortened
+        {"./", "/work", "/work/"},
+        {"", "/work", "/work/"},
+        {"x", nullptr, "/x"}};
+    for (auto const& c : cases)
+        EXPECT_EQ(c[2], std::string(Common::ModuleName::derive(c[0], c[1]).c_str())) << c[0];
 
-TEST(ModuleName, WithoutUnderscore)
-{
-    EXPECT_EQ(derive(nullptr, "/work"), "/tmp/application.exe");
-}
-
-TEST(ModuleName, AbsoluteAndRelative)
-{
-    EXPECT_EQ(derive("/opt/ui/iexplore", "/work"), "/opt/ui/iexplore");
-    EXPECT_EQ(derive("bin/iexplore", "/work"), "/work/bin/iexplore");
-    // Only the exact value "./" is shortened; "./x" keeps its "./".
-    EXPECT_EQ(derive("./iexplore", "/work"), "/work/./iexplore");
-    EXPECT_EQ(derive("./", "/work"), "/work/");
-    EXPECT_EQ(derive("", "/work"), "/work/");
-    EXPECT_EQ(derive("x", nullptr), "/x");
-}
-
-TEST(ModuleName, CachedForTheProcess)
-{
-    Common::string first = Common::moduleName();
+    std::string const first = Common::moduleName().c_str();
     ::setenv("_", "/somewhere/else", 1);
-    EXPECT_EQ(std::string(Common::moduleName().c_str()), std::string(first.c_str()));
+    EXPECT_EQ(first, Common::moduleName().c_str());
 }

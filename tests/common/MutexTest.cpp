@@ -1,6 +1,7 @@
-// Named mutexes between processes. Each test runs in a fresh child process
-// that uses the test's own lock-file folder (the folder is read once per
-// process); a second process, where needed, is forked from that child.
+// Named mutexes between processes and between objects of one process. Each
+// test runs in a fresh child process that uses the test's own lock-file
+// folder (the folder is read once per process); a second process, where
+// needed, is forked from that child.
 #include "common/Mutex.h"
 #include "platform/named_mutex.h"
 #include "tests/support/ChildProcess.h"
@@ -19,129 +20,66 @@ namespace
 
 typedef TestSupport::NamedMutexFixture NamedMutexObject;
 
-TEST_F(NamedMutexObject, SecondProcessIsBusyUntilTheFirstReleases)
+TEST_F(NamedMutexObject, ASecondProcessIsBusyUntilTheFirstReleasesOrWaitsForIt)
 {
     auto child = [&]
     {
         Mutex first(name.c_str());
+        CHILD_CHECK(first.capture(false) && first.eMutexState() == Mutex::HELD);
+        Channel toFirst, toSecond;
+        ChildProcess second(
+            [&]
+            {
+                Mutex mutex(name.c_str());
+                CHILD_CHECK(!mutex.capture(false) && mutex.eMutexState() == Mutex::BUSY);
+                CHILD_CHECK(!mutex.release()); // busy is not released
+                toFirst.send('b');
+                CHILD_CHECK(toSecond.receive() == 'r');
+                CHILD_CHECK(mutex.capture(false) && mutex.release());
+                toFirst.send('c');
+                CHILD_CHECK(toSecond.receive() == 'w');
+                CHILD_CHECK(mutex.capture(true)); // waits, then holds it to the end
+                toFirst.send('t');
+                CHILD_CHECK(toSecond.receive() == 'f');
+                return 0; // the destructor releases it
+            });
+        CHILD_CHECK(toFirst.receive() == 'b');
+        CHILD_CHECK(first.release() && first.eMutexState() == Mutex::RELEASED);
+        toSecond.send('r');
+        CHILD_CHECK(toFirst.receive() == 'c');
         CHILD_CHECK(first.capture(false));
-        CHILD_CHECK(first.eMutexState() == Mutex::HELD);
-
-        Channel found, released;
-        auto contender = [&]
-        {
-            Mutex mutex(name.c_str());
-            CHILD_CHECK(!mutex.capture(false));
-            CHILD_CHECK(mutex.eMutexState() == Mutex::BUSY);
-            CHILD_CHECK(!mutex.release()); // busy is not released
-            found.send('b');
-            CHILD_CHECK(released.receive() == 'r');
-            CHILD_CHECK(mutex.capture(false));
-            CHILD_CHECK(mutex.eMutexState() == Mutex::HELD);
-            CHILD_CHECK(mutex.release());
-            CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
-            return 0;
-        };
-        ChildProcess second(contender);
-        CHILD_CHECK(found.receive() == 'b');
-        CHILD_CHECK(first.release());
-        CHILD_CHECK(first.eMutexState() == Mutex::RELEASED);
-        released.send('r');
-        CHILD_CHECK(second.wait() == 0);
-        CHILD_CHECK(semaphoreValue(key()) == 0);
-
-        CHILD_CHECK(ClearSem(name.c_str()) == 0);
-        return 0;
-    };
-    EXPECT_EQ(0, inChild(child));
-}
-
-TEST_F(NamedMutexObject, TwoObjectsInOneProcessExcludeEachOther)
-{
-    auto child = [&]
-    {
-        Mutex first(name.c_str()), second(name.c_str());
-        CHILD_CHECK(first.capture(false));
-        CHILD_CHECK(!second.capture(false));
-        CHILD_CHECK(second.eMutexState() == Mutex::BUSY);
-        CHILD_CHECK(first.capture(false)); // already held: nothing more taken
-        CHILD_CHECK(semaphoreValue(key()) == 1);
-        CHILD_CHECK(first.release());
-        CHILD_CHECK(second.capture(false));
-        CHILD_CHECK(second.release());
-
-        CHILD_CHECK(ClearSem(name.c_str()) == 0);
-        return 0;
-    };
-    EXPECT_EQ(0, inChild(child));
-}
-
-TEST_F(NamedMutexObject, ReleaseWithoutCaptureLeavesTheSemaphoreAlone)
-{
-    auto child = [&]
-    {
-        bool busy = true;
-        CHILD_CHECK(CreateOSMutex(name.c_str(), busy) >= 0 && !busy);
-
-        Mutex mutex(name.c_str());
-        CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
-        CHILD_CHECK(mutex.release());
-        CHILD_CHECK(mutex.eMutexState() == Mutex::RELEASED);
-        CHILD_CHECK(semaphoreValue(key()) == 1);
-
-        CHILD_CHECK(ClearSem(name.c_str()) == 0);
-        return 0;
-    };
-    EXPECT_EQ(0, inChild(child));
-}
-
-TEST_F(NamedMutexObject, CaptureWithWaitBlocksUntilFree)
-{
-    auto child = [&]
-    {
-        Mutex first(name.c_str());
-        CHILD_CHECK(first.capture(false));
-
-        Channel taken, finish;
-        auto waiter = [&]
-        {
-            Mutex mutex(name.c_str());
-            CHILD_CHECK(mutex.capture(true));
-            CHILD_CHECK(mutex.eMutexState() == Mutex::HELD);
-            taken.send('t');
-            CHILD_CHECK(finish.receive() == 'f');
-            return 0; // the destructor releases it
-        };
-        ChildProcess second(waiter);
+        toSecond.send('w');
         CHILD_CHECK(TestSupport::awaitBlockedProcess(key(), GETZCNT));
-        CHILD_CHECK(taken.receive(100) == '\0');
+        CHILD_CHECK(toFirst.receive(100) == '\0');
         CHILD_CHECK(first.release());
-        CHILD_CHECK(taken.receive() == 't');
-        CHILD_CHECK(!first.capture(false));
-        CHILD_CHECK(first.eMutexState() == Mutex::BUSY);
-        finish.send('f');
+        CHILD_CHECK(toFirst.receive() == 't');
+        CHILD_CHECK(!first.capture(false) && first.eMutexState() == Mutex::BUSY);
+        toSecond.send('f');
         CHILD_CHECK(second.wait() == 0);
         CHILD_CHECK(semaphoreValue(key()) == 0);
-        CHILD_CHECK(first.capture(true));
-        CHILD_CHECK(first.release());
-
+        CHILD_CHECK(first.capture(true) && first.release());
         CHILD_CHECK(ClearSem(name.c_str()) == 0);
         return 0;
     };
     EXPECT_EQ(0, inChild(child));
 }
 
-TEST_F(NamedMutexObject, DestructorReleases)
+TEST_F(NamedMutexObject, ObjectsOfOneProcessExcludeEachOtherAndReleaseOnlyWhatTheyHold)
 {
     auto child = [&]
     {
+        Mutex first(name.c_str());
         {
-            Mutex mutex(name.c_str());
-            CHILD_CHECK(mutex.capture(false));
+            Mutex second(name.c_str());
+            CHILD_CHECK(second.capture(false));
+            CHILD_CHECK(second.capture(false)); // already held: nothing more taken
             CHILD_CHECK(semaphoreValue(key()) == 1);
-        }
+            CHILD_CHECK(first.release() && first.eMutexState() == Mutex::RELEASED);
+            CHILD_CHECK(semaphoreValue(key()) == 1); // never captured: left alone
+            CHILD_CHECK(!first.capture(false) && first.eMutexState() == Mutex::BUSY);
+        } // the destructor releases
         CHILD_CHECK(semaphoreValue(key()) == 0);
-
+        CHILD_CHECK(first.capture(false) && first.release());
         CHILD_CHECK(ClearSem(name.c_str()) == 0);
         return 0;
     };

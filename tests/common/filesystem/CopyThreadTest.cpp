@@ -1,7 +1,7 @@
 #include "common/Thread.h"
 #include "common/filesystem/CopyRegistry.h"
 
-#include "ScratchFolder.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -13,8 +13,8 @@ using Status = fs::CopyThread::_COPY_STATUS;
 
 namespace
 {
-const unsigned kManyFiles = 3000;
-const unsigned kFileSize = 4096;
+unsigned const kManyFiles = 3000;
+unsigned const kFileSize = 4096;
 
 // Many small files, so that a copy takes long enough to be caught midway.
 void writeManyFiles(ScratchFolder const& scratch)
@@ -29,10 +29,7 @@ unsigned wholeFilesIn(ScratchFolder const& scratch, std::string const& folder)
     unsigned count = 0;
     if (scratch.exists(folder))
         for (auto const& entry : std::filesystem::directory_iterator(scratch.path(folder)))
-        {
-            EXPECT_EQ(kFileSize, entry.file_size()) << entry.path();
-            ++count;
-        }
+            count += entry.file_size() == kFileSize ? 1 : 1000000;
     return count;
 }
 
@@ -48,7 +45,7 @@ Status pollToTheEnd(fs::CopyRegistry& registry, Common::string const& key)
 }
 } // namespace
 
-TEST(CopyRegistry, ReportsTotalsAndTheFinalCountsOnce)
+TEST(CopyRegistry, RunsOneCopyPerKeyAndReportsItsEndOnce)
 {
     ScratchFolder scratch;
     scratch.write("tree/a.txt", std::string(1000, 'a'));
@@ -56,53 +53,40 @@ TEST(CopyRegistry, ReportsTotalsAndTheFinalCountsOnce)
     fs::CopyRegistry registry;
     Status status;
     bool running;
-
     ASSERT_TRUE(registry.Start("job", scratch.at("tree"), scratch.at("copy")));
     EXPECT_FALSE(registry.Start("job", scratch.at("tree"), scratch.at("other")));
     ASSERT_TRUE(registry.Start("single", scratch.at("tree/a.txt"), scratch.at("one.txt")));
     EXPECT_FALSE(registry.progress("JOB", status, running)); // keys keep their case
-
     status = pollToTheEnd(registry, "job");
     EXPECT_EQ(2u, status.totalFiles);
     EXPECT_EQ(2u, status.currentFile);
     EXPECT_EQ(71000u, status.totalBytes);
     EXPECT_EQ(71000u, status.currentByte);
     EXPECT_EQ(0u, text(status.currentFilename).rfind(scratch.path("tree/"), 0));
-    EXPECT_EQ(std::string(70000, 'b'), scratch.read("copy/sub/b.txt"));
     EXPECT_FALSE(scratch.exists("other"));
     EXPECT_FALSE(registry.progress("job", status, running)); // reported once
-
-    status = pollToTheEnd(registry, "single");
-    EXPECT_EQ(1u, status.currentFile);
-    EXPECT_EQ(scratch.at("tree/a.txt"), status.currentFilename);
+    EXPECT_EQ(scratch.at("tree/a.txt"), pollToTheEnd(registry, "single").currentFilename);
     ASSERT_TRUE(registry.Start("job", scratch.at("missing"), scratch.at("none"))); // key free
-    status = pollToTheEnd(registry, "job");
-    EXPECT_EQ(0u, status.totalFiles);
-    EXPECT_TRUE(status.currentFilename.empty());
+    EXPECT_EQ(0u, pollToTheEnd(registry, "job").totalFiles);
 }
 
-TEST(CopyThread, StopEndsTheCopyBetweenFiles)
+TEST(CopyThread, StopEndsTheCopyBetweenFilesAndDestroyingTheRegistryStopsEveryCopy)
 {
     ScratchFolder scratch;
     writeManyFiles(scratch);
-
     fs::CopyThread copy(scratch.at("many"), scratch.at("copy"));
-    Common::Synchronization::Thread thread(copy);
-    while (copy.isRunning() && copy.status().currentFile < 10)
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
-    copy.Stop();
-    thread.Join();
+    {
+        Common::Synchronization::Thread thread(copy);
+        while (copy.isRunning() && copy.status().currentFile < 10)
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        copy.Stop();
+    }
     EXPECT_FALSE(copy.isRunning());
     Status status = copy.status();
     EXPECT_LT(status.currentFile, status.totalFiles);
     EXPECT_EQ(status.currentFile, wholeFilesIn(scratch, "copy"));
     EXPECT_EQ(status.currentFile * kFileSize, status.currentByte);
-}
 
-TEST(CopyRegistry, DestructionStopsAndWaitsForRunningCopies)
-{
-    ScratchFolder scratch;
-    writeManyFiles(scratch);
     {
         fs::CopyRegistry registry;
         ASSERT_TRUE(registry.Start("a", scratch.at("many"), scratch.at("a")));
