@@ -116,7 +116,8 @@ void describe(Sim::Machine& machine)
                               .memoryDevice(8192)
                               .systemId("ZR0A0725"));
     addCorvaneRom(machine);
-    machine.installIplTable({{2, {0, 31, 2}, "SATA disk"}, {3, {0, 31, 2}, "CD drive"},
+    machine.installIplTable({{2, {0, 31, 2}, "SATA disk"},
+                             {3, {0, 31, 2}, "CD drive"},
                              {128, {2, 0, 0}, "Network boot"}});
     machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);
     machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A22, 0x01, 0x06);
@@ -287,4 +288,3 @@ TEST(Soak, MixedRequestsLeaveMemoryDescriptorsThreadsAndPoolAsAfterWarmUp)
         },
         60 + total / 100);
 }
-

@@ -1,5 +1,4 @@
 #include "TestSupport.h"
-#include "pages/PageRunner.h"
 
 #include "extension/BackgroundThread.h"
 #include "tests/support/SimulatedServer.h"
@@ -41,7 +40,8 @@ void describe(Sim::Machine& machine)
 std::size_t deviceIdRequests(Sim::Machine& machine)
 {
     const auto& requests = machine.managementController()->requests();
-    return std::count_if(requests.begin(), requests.end(), [](const Sim::IpmiRequest& request)
+    return std::count_if(requests.begin(), requests.end(),
+                         [](const Sim::IpmiRequest& request)
                          { return request.netfn == 0x06 && request.cmd == 0x01; });
 }
 } // namespace
@@ -97,7 +97,8 @@ TEST(StartUpRace, JobAndRequestsAskTheHardwareTogetherInEveryFreshProcess)
                 EXPECT_EQ("{\"ErrorCode\":0,\"Target\":\"Default\",\"ColdBoot\":\"Yes\"}", restart);
                 // One probe of the management processor serves every asker.
                 EXPECT_EQ(1u, deviceIdRequests(machine));
-                const std::string saved = TestSupport::readFile(contentFolder() + "cfg/allstorage.xml");
+                const std::string saved =
+                    TestSupport::readFile(contentFolder() + "cfg/allstorage.xml");
                 EXPECT_NE(std::string::npos, saved.find("Name=\"Stratum Array R4e\""));
                 EXPECT_NE(std::string::npos, saved.find("DeviceNode=\"/dev/sda\""));
                 EXPECT_FALSE(dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kNvram))

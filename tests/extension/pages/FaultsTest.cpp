@@ -1,5 +1,4 @@
 #include "CorvaneRom.h"
-#include "PageRun.h"
 
 #include "common/system/NVRAM.h"
 #include "platform/Hardware.h"
@@ -13,13 +12,16 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <chrono>
 #include <climits>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <regex>
 #include <string>
 #include <thread>
+
+using TestSupport::runPage;
 
 // Faults of the machine and of the file system under the pages: each page
 // still answers within its bound, the process lives on, and nothing
@@ -58,81 +60,74 @@ bool hasFields(const std::string& page)
 }
 } // namespace
 
-TEST(ControllerFaults, SilentControllerIsAbsentAfterTheReplyLimit)
+// The probe's reply limit is five seconds: a reply just under it is heard,
+// one just over it or none is not; each later request waits at most its own
+// limit, and garbage or short replies still give an answer.
+TEST(ControllerFaults, SlowSilentAndGarbageRepliesStillGiveAnAnswerInTime)
 {
-    Sim::Machine machine;
-    machine.installSmbios(tables());
-    machine.addManagementController().silent = true;
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          Timed hardware = timed(machine, "hardware.nsp", "Command=Query");
-                          EXPECT_NE(std::string::npos,
-                                    hardware.page.find("\"WD100Support\":\"No\""));
-                          EXPECT_LE(hardware.microseconds, 6 * kSecond);
-                          Timed order = timed(machine, "setbootorder.nsp", "Command=Query");
-                          EXPECT_EQ("{\"ErrorCode\":1}", order.page);
-                          EXPECT_LE(order.microseconds, 6 * kSecond);
-                      });
-}
-
-TEST(ControllerFaults, ReplyJustUnderTheFiveSecondLimitIsHeardJustOverIsNot)
-{
-    for (std::uint64_t delay : {4900000ull, 5100000ull})
+    const struct
+    {
+        std::uint64_t delay;
+        bool silent;
+        const char* heard;
+        std::uint64_t orderLimit;
+    } cases[] = {{0, true, "No", 6 * kSecond},
+                 {4900000, false, "Yes", 12 * kSecond},
+                 {5100000, false, "No", 12 * kSecond}};
+    for (auto const& c : cases)
     {
         Sim::Machine machine;
         machine.installSmbios(tables());
-        machine.addManagementController().replyDelayMicroseconds = delay;
-        onSimulatedServer(machine,
-                          [delay](Sim::Machine& machine)
-                          {
-                              Timed hardware = timed(machine, "hardware.nsp", "Command=Query");
-                              const bool heard = delay < 5 * kSecond;
-                              EXPECT_NE(std::string::npos,
-                                        hardware.page.find(heard ? "\"WD100Support\":\"Yes\""
-                                                                 : "\"WD100Support\":\"No\""))
-                                  << hardware.page;
-                              EXPECT_LE(hardware.microseconds, 6 * kSecond);
-                              Timed order = timed(machine, "setbootorder.nsp", "Command=Query");
-                              EXPECT_TRUE(hasFields(order.page)) << order.page;
-                              // Each request waits at most its own limit.
-                              EXPECT_LE(order.microseconds, 12 * kSecond);
-                          });
+        machine.addManagementController().replyDelayMicroseconds = c.delay;
+        machine.managementController()->silent = c.silent;
+        onSimulatedServer(
+            machine,
+            [&c](Sim::Machine& machine)
+            {
+                Timed hardware = timed(machine, "hardware.nsp", "Command=Query");
+                EXPECT_NE(std::string::npos,
+                          hardware.page.find(std::string("\"WD100Support\":\"") + c.heard))
+                    << hardware.page;
+                EXPECT_LE(hardware.microseconds, 6 * kSecond);
+                Timed order = timed(machine, "setbootorder.nsp", "Command=Query");
+                EXPECT_TRUE(c.silent ? order.page == "{\"ErrorCode\":1}" : hasFields(order.page))
+                    << order.page;
+                EXPECT_LE(order.microseconds, c.orderLimit);
+            });
     }
-}
 
-TEST(ControllerFaults, GarbageAndShortRepliesGiveAnAnswer)
-{
-    const std::vector<std::vector<std::uint8_t>> replies = {
-        {}, {0x00}, {0x00, 0x01}, {0x00, 0x01, 0x05}, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF},
+    const std::vector<std::uint8_t> replies[] = {
+        {},
+        {0x00},
+        {0x00, 0x01},
+        {0x00, 0x01, 0x05},
+        {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF},
         {0x00, 0x01, 0x05, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}};
     for (const std::vector<std::uint8_t>& reply : replies)
     {
         Sim::Machine machine;
         machine.installSmbios(tables());
         machine.addManagementController();
-        onSimulatedServer(machine,
-                          [&reply](Sim::Machine& machine)
-                          {
-                              // The probe is answered; what follows is not.
-                              EXPECT_NE(std::string::npos,
-                                        runPage("hardware.nsp", "Command=Query")
-                                            .find("\"WD100Support\":\"Yes\""));
-                              Sim::ManagementController& controller =
-                                  *machine.managementController();
-                              for (const char* query :
-                                   {"Command=Query", "Command=Perform&Order=cdrom"})
-                              {
-                                  controller.answerNextWith(reply);
-                                  controller.answerNextWith(reply);
-                                  Timed order = timed(machine, "setbootorder.nsp", query);
-                                  EXPECT_TRUE(hasFields(order.page)) << order.page;
-                                  EXPECT_LE(order.microseconds, 10 * kSecond);
-                              }
-                              controller.answerNextWith(reply);
-                              Timed reset = timed(machine, "fsetreset.nsp", "Command=Perform");
-                              EXPECT_TRUE(hasFields(reset.page)) << reset.page;
-                          });
+        onSimulatedServer(
+            machine,
+            [&reply](Sim::Machine& machine)
+            {
+                // The probe is answered; what follows is not.
+                EXPECT_NE(
+                    std::string::npos,
+                    runPage("hardware.nsp", "Command=Query").find("\"WD100Support\":\"Yes\""));
+                Sim::ManagementController& controller = *machine.managementController();
+                for (const char* query : {"Command=Query", "Command=Perform&Order=cdrom"})
+                {
+                    controller.answerNextWith(reply);
+                    controller.answerNextWith(reply);
+                    Timed order = timed(machine, "setbootorder.nsp", query);
+                    EXPECT_TRUE(hasFields(order.page)) << order.page;
+                    EXPECT_LE(order.microseconds, 10 * kSecond);
+                }
+                controller.answerNextWith(reply);
+                EXPECT_TRUE(hasFields(runPage("fsetreset.nsp", "Command=Perform")));
+            });
     }
 }
 
@@ -168,24 +163,24 @@ TEST(RomFaults, NvramSemaphoreNeverReleasedDoesNotHoldTheRestartUp)
 {
     Sim::Machine machine;
     machine.addNvramController(kNvram);
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            ASSERT_TRUE(Common::System::NVRAM::Supported());
-            auto& controller = dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kNvram));
-            controller.holdByFirmware();
-            Timed restart =
-                timed(machine, "reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
-            EXPECT_TRUE(hasFields(restart.page)) << restart.page;
-            EXPECT_EQ(1u, machine.reboots().size());
-            // Every NVRAM step of the cold boot waits its 5 seconds for the
-            // semaphore in vain: the restart comes late, but it comes.
-            EXPECT_LE(restart.microseconds, 60 * kSecond);
-            Timed reset = timed(machine, "fsetreset.nsp", "Command=Perform");
-            EXPECT_TRUE(hasFields(reset.page)) << reset.page;
-            EXPECT_LE(reset.microseconds, 60 * kSecond);
-        });
+    onSimulatedServer(machine,
+                      [](Sim::Machine& machine)
+                      {
+                          ASSERT_TRUE(Common::System::NVRAM::Supported());
+                          auto& controller =
+                              dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kNvram));
+                          controller.holdByFirmware();
+                          Timed restart = timed(machine, "reboot.nsp",
+                                                "Command=Perform&Target=Default&ColdBoot=Yes");
+                          EXPECT_TRUE(hasFields(restart.page)) << restart.page;
+                          EXPECT_EQ(1u, machine.reboots().size());
+                          // Every NVRAM step of the cold boot waits its 5 seconds for the
+                          // semaphore in vain: the restart comes late, but it comes.
+                          EXPECT_LE(restart.microseconds, 60 * kSecond);
+                          Timed reset = timed(machine, "fsetreset.nsp", "Command=Perform");
+                          EXPECT_TRUE(hasFields(reset.page)) << reset.page;
+                          EXPECT_LE(reset.microseconds, 60 * kSecond);
+                      });
 }
 
 TEST(FileFaults, SysfsAndProcEntriesVanishingWhileTheInventoryWalksThem)
@@ -233,9 +228,11 @@ TEST(FileFaults, SysfsAndProcEntriesVanishingWhileTheInventoryWalksThem)
             for (int run = 0; run < 40; ++run)
             {
                 const std::string file = out.file("storage" + std::to_string(run) + ".xml");
-                const std::string answer = runPage(
-                    "allstorage.nsp", "Command=Create&AllBoardsXML=" + boards + "&AllStorageXML=" + file);
-                EXPECT_TRUE(answer == "{\"ErrorCode\":0}" || answer == "{\"ErrorCode\":1}") << answer;
+                const std::string answer =
+                    runPage("allstorage.nsp",
+                            "Command=Create&AllBoardsXML=" + boards + "&AllStorageXML=" + file);
+                EXPECT_TRUE(answer == "{\"ErrorCode\":0}" || answer == "{\"ErrorCode\":1}")
+                    << answer;
                 if (answer == "{\"ErrorCode\":0}")
                 {
                     const std::string written = TestSupport::readFile(file);
@@ -311,15 +308,11 @@ std::string copyEnd(const std::string& key)
 // "CurrentByte" equals "TotalBytes": the copy reports every byte copied.
 bool reportsEveryByte(const std::string& progress)
 {
-    auto value = [&](const std::string& name)
-    {
-        std::size_t at = progress.find("\"" + name + "\":\"");
-        return at == std::string::npos
-                   ? std::string("?")
-                   : progress.substr(at + name.size() + 4,
-                                     progress.find('"', at + name.size() + 4) - at - name.size() - 4);
-    };
-    return value("CurrentByte") == value("TotalBytes");
+    std::smatch m;
+    return std::regex_search(
+               progress, m,
+               std::regex("\"TotalBytes\":\"([0-9]+)\",\"CurrentByte\":\"([0-9]+)\"")) &&
+           m[1] == m[2];
 }
 } // namespace
 
@@ -339,7 +332,8 @@ TEST(FileFaults, DiskFullWhileAnAnswerFileIsWrittenIsReportedAndLeavesNoHalfFile
         full.fill(complete.size() / 2);
         const std::string answer = runPage("unattended.nsp", query + full.file(platform));
         EXPECT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"1\"}", answer) << platform;
-        EXPECT_FALSE(TestSupport::exists(full.file(platform))) << platform << ": a cut file was left";
+        EXPECT_FALSE(std::filesystem::exists(full.file(platform)))
+            << platform << ": a cut file was left";
         std::filesystem::remove(full.file("filler"));
         std::filesystem::remove(full.file(platform));
     }
@@ -351,14 +345,13 @@ TEST(FileFaults, DiskFullWhileACopyIsWrittenIsReported)
     if (!full.refusal().empty())
         GTEST_SKIP() << full.refusal();
     TestSupport::TempDir source;
-    TestSupport::makeDirectories(source.file("tree"));
+    std::filesystem::create_directories(source.file("tree"));
     TestSupport::writeFile(source.file("tree/big.bin"), std::string(40000, 'b'));
     TestSupport::writeFile(source.file("tree/small.txt"), std::string(100, 's'));
     full.fill(16384);
 
-    const std::string copied =
-        systemPage("Command=Copy&Source=" + source.file("tree/big.bin") +
-                   "&Destination=" + full.file("big.bin"));
+    const std::string copied = systemPage("Command=Copy&Source=" + source.file("tree/big.bin") +
+                                          "&Destination=" + full.file("big.bin"));
     EXPECT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"0\"}", copied) << "no success for a cut copy";
 
     ASSERT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"1\"}",
@@ -375,7 +368,7 @@ TEST(FileFaults, BackgroundCopyWhoseSourceDisappearsEnds)
     for (int file = 0; file < 200; ++file)
     {
         const std::string folder = dir.file("src/d" + std::to_string(file % 10));
-        TestSupport::makeDirectories(folder);
+        std::filesystem::create_directories(folder);
         TestSupport::writeFile(folder + "/f" + std::to_string(file), std::string(20000, 'x'));
     }
     ASSERT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"1\"}",
@@ -389,6 +382,5 @@ TEST(FileFaults, BackgroundCopyWhoseSourceDisappearsEnds)
     EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=gone"));
     // Whatever was reported done is whole.
     for (const auto& entry : std::filesystem::recursive_directory_iterator(dir.file("dst")))
-        if (entry.is_regular_file())
-            EXPECT_EQ(20000u, entry.file_size()) << entry.path() << " " << end;
+        EXPECT_TRUE(!entry.is_regular_file() || entry.file_size() == 20000u) << entry.path();
 }

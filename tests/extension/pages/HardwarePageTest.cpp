@@ -1,29 +1,30 @@
-#include "PageRunner.h"
+#include "tests/support/PageRun.h"
 
 #include "sim/RomServices.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 using TestSupport::runPage;
 
 namespace
 {
-Sim::SmbiosBuilder fullTables()
+void fullTables(Sim::Machine& machine)
 {
-    Sim::SmbiosBuilder tables;
-    tables.bios("Velmar", "VQ14", "05/05/2011")
-        .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
-        .chassis("ASSET-0042")
-        .processor("Kestrel")
-        .memoryDevice(8192)
-        .memoryDevice(8192)
-        .memoryDevice(4, 0x09) // flash: not counted
-        .redundantRomDate("12/01/2010")
-        .systemId("ZR0A0725");
-    return tables;
+    machine.installSmbios(Sim::SmbiosBuilder()
+                              .bios("Velmar", "VQ14", "05/05/2011")
+                              .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
+                              .chassis("ASSET-0042")
+                              .processor("Kestrel")
+                              .memoryDevice(8192)
+                              .memoryDevice(8192)
+                              .memoryDevice(4, 0x09) // flash: not counted
+                              .redundantRomDate("12/01/2010")
+                              .systemId("ZR0A0725"));
 }
 
 std::string summary(const char* environmentVariables, const char* managementProcessor)
@@ -37,66 +38,60 @@ std::string summary(const char* environmentVariables, const char* managementProc
 }
 } // namespace
 
-TEST(HardwarePage, ServerWithEnvironmentVariablesDoesNotAskTheManagementProcessor)
+// The management processor is probed (Get Device ID) only on a server
+// without the ROM's environment variables.
+TEST(HardwarePage, SummaryFromTheTablesAndWhichInterfacesTheServerOffers)
 {
-    Sim::Machine machine;
-    machine.installSmbios(fullTables());
-    Sim::RomServices::addStandardRom(machine);
-    machine.environment().set("RXHIPL", {1, 2, 3});
-    machine.addManagementController();
-    auto check = [](Sim::Machine& machine)
+    const struct
     {
-        EXPECT_EQ(summary("Yes", "No"), runPage("hardware.nsp", "Command=Query"));
-        EXPECT_TRUE(machine.managementController()->requests().empty());
-        EXPECT_EQ("", runPage("hardware.nsp", "Command=Inventory"));
-        EXPECT_EQ("", runPage("hardware.nsp", ""));
+        bool rom, controller, tables;
+        std::string answer;
+        long probes;
+    } cases[] = {
+        {true, true, true, summary("Yes", "No"), 0},
+        {false, true, true, summary("No", "Yes"), 1},
+        {false, false, true, summary("No", "No"), 0},
+        {true, true, false, "{\"ErrorCode\":1}", 0},
     };
-    onSimulatedServer(machine, check);
-}
-
-TEST(HardwarePage, ServerWithoutEnvironmentVariablesAsksTheManagementProcessor)
-{
-    Sim::Machine present;
-    present.installSmbios(fullTables());
-    present.addManagementController();
-    auto withProcessor = [](Sim::Machine& machine)
+    for (auto const& c : cases)
     {
-        EXPECT_EQ(summary("No", "Yes"), runPage("hardware.nsp", "command=query"));
-        ASSERT_FALSE(machine.managementController()->requests().empty());
-        EXPECT_EQ(0x06, machine.managementController()->requests()[0].netfn);
-        EXPECT_EQ(0x01, machine.managementController()->requests()[0].cmd);
-    };
-    onSimulatedServer(present, withProcessor);
+        Sim::Machine machine;
+        if (c.rom)
+        {
+            Sim::RomServices::addStandardRom(machine);
+            machine.environment().set("RXHIPL", {1, 2, 3});
+        }
+        if (c.controller)
+            machine.addManagementController();
+        if (c.tables)
+            fullTables(machine);
+        onSimulatedServer(
+            machine,
+            [&c](Sim::Machine& machine)
+            {
+                EXPECT_EQ(c.answer, runPage("hardware.nsp", "command=query"));
+                const std::vector<Sim::IpmiRequest> sent =
+                    c.controller ? machine.managementController()->requests()
+                                 : std::vector<Sim::IpmiRequest>();
+                EXPECT_EQ(c.probes, std::count_if(sent.begin(), sent.end(),
+                                                  [](const Sim::IpmiRequest& r)
+                                                  { return r.netfn == 6 && r.cmd == 1; }));
+                EXPECT_EQ(c.tables ? "" : "{\"ErrorCode\":1}",
+                          runPage("hardware.nsp", "Command=Inventory"));
+            });
+    }
 
-    Sim::Machine absent;
-    absent.installSmbios(fullTables());
-    auto withoutProcessor = [](Sim::Machine&)
-    { EXPECT_EQ(summary("No", "No"), runPage("hardware.nsp", "Command=Query")); };
-    onSimulatedServer(absent, withoutProcessor);
-
-    // Records that are missing answer "".
+    // Missing records answer "".
     Sim::Machine sparse;
     sparse.installSmbios(Sim::SmbiosBuilder().bios("Velmar", "P70", "01/02/2012").systemId("725"));
-    auto missingRecords = [](Sim::Machine&)
-    {
-        EXPECT_EQ("{\"ErrorCode\":0,\"EVSupport\":\"No\",\"WD100Support\":\"No\","
-                  "\"ROMName\":\"P70\",\"ROMDate\":\"01/02/2012\",\"RedundantROMDate\":\"\","
-                  "\"ProductName\":\"\",\"ServerID\":\"\",\"SystemID\":\"725\","
-                  "\"SerialNumber\":\"\",\"AssetTag\":\"\",\"TotalRAM\":\"0\"}",
-                  runPage("hardware.nsp", "Command=Query"));
-    };
-    onSimulatedServer(sparse, missingRecords);
-}
-
-TEST(HardwarePage, WithoutSmbiosEveryCommandFails)
-{
-    Sim::Machine machine;
-    Sim::RomServices::addStandardRom(machine);
-    machine.addManagementController();
-    auto check = [](Sim::Machine&)
-    {
-        EXPECT_EQ("{\"ErrorCode\":1}", runPage("hardware.nsp", "Command=Query"));
-        EXPECT_EQ("{\"ErrorCode\":1}", runPage("hardware.nsp", "Command=Inventory"));
-    };
-    onSimulatedServer(machine, check);
+    onSimulatedServer(
+        sparse,
+        [](Sim::Machine&)
+        {
+            EXPECT_EQ("{\"ErrorCode\":0,\"EVSupport\":\"No\",\"WD100Support\":\"No\","
+                      "\"ROMName\":\"P70\",\"ROMDate\":\"01/02/2012\",\"RedundantROMDate\":\"\","
+                      "\"ProductName\":\"\",\"ServerID\":\"\",\"SystemID\":\"725\","
+                      "\"SerialNumber\":\"\",\"AssetTag\":\"\",\"TotalRAM\":\"0\"}",
+                      runPage("hardware.nsp", "Command=Query"));
+        });
 }
