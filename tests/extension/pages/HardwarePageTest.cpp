@@ -65,20 +65,20 @@ TEST(HardwarePage, SummaryFromTheTablesAndWhichInterfacesTheServerOffers)
             machine.addManagementController();
         if (c.tables)
             fullTables(machine);
-        onSimulatedServer(
-            machine,
-            [&c](Sim::Machine& machine)
-            {
-                EXPECT_EQ(c.answer, runPage("hardware.nsp", "command=query"));
-                const std::vector<Sim::IpmiRequest> sent =
-                    c.controller ? machine.managementController()->requests()
-                                 : std::vector<Sim::IpmiRequest>();
-                EXPECT_EQ(c.probes, std::count_if(sent.begin(), sent.end(),
-                                                  [](const Sim::IpmiRequest& r)
-                                                  { return r.netfn == 6 && r.cmd == 1; }));
-                EXPECT_EQ(c.tables ? "" : "{\"ErrorCode\":1}",
-                          runPage("hardware.nsp", "Command=Inventory"));
-            });
+        onSimulatedServer(machine,
+                          [&c](Sim::Machine& machine)
+                          {
+                              EXPECT_EQ(c.answer, runPage("hardware.nsp", "command=query"));
+                              const std::vector<Sim::IpmiRequest> sent =
+                                  c.controller ? machine.managementController()->requests()
+                                               : std::vector<Sim::IpmiRequest>();
+                              EXPECT_EQ(c.probes,
+                                        std::count_if(sent.begin(), sent.end(),
+                                                      [](const Sim::IpmiRequest& r)
+                                                      { return r.netfn == 6 && r.cmd == 1; }));
+                              EXPECT_EQ(c.tables ? "" : "{\"ErrorCode\":1}",
+                                        runPage("hardware.nsp", "Command=Inventory"));
+                          });
     }
 
     // Missing records answer "".

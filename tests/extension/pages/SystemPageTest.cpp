@@ -1,10 +1,13 @@
 #include "../TestSupport.h"
+#include "tests/support/SmallFileSystem.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
+#include <regex>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -22,30 +25,26 @@ std::string returnCode(const char* code)
     return std::string("{\"ErrorCode\":0,\"ReturnCode\":\"") + code + "\"}";
 }
 
-// The last progress answer of the background copy under `key`, polled until
-// it reports its end (at most 30 seconds).
-std::string progressAtTheEnd(const std::string& key)
+// Starts a background copy under `key`, runs meanwhile(), and polls the copy
+// until it reports its end or is unknown (at most 30 seconds): the last answer.
+std::string copyInTheBackground(
+    const std::string& key, const std::string& from, const std::string& to,
+    std::function<void()> meanwhile = [] {})
 {
+    EXPECT_EQ(returnCode("1"), systemPage("Command=CopyThread&Key=" + key + "&Source=" + from +
+                                          "&Destination=" + to));
+    meanwhile();
     std::string last;
-    for (int i = 0; i < 3000 && last.find("\"ReturnCode\":\"0\"") == std::string::npos; ++i)
+    for (int i = 0; i < 3000 && last.find("\"ReturnCode\":\"0\"") == std::string::npos &&
+                    last != "{\"ErrorCode\":1}";
+         ++i)
     {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         last = systemPage("Command=CopyThreadProgress&Key=" + key);
     }
+    // Reported once: the key is forgotten afterwards.
+    EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=" + key));
     return last;
-}
-
-// A program run by the page, with standard input reading from /dev/null.
-std::string run(const std::string& query)
-{
-    int saved = dup(0);
-    int null = open("/dev/null", O_RDONLY);
-    dup2(null, 0);
-    close(null);
-    std::string answer = systemPage("Command=Run&" + query);
-    dup2(saved, 0);
-    close(saved);
-    return answer;
 }
 } // namespace
 
@@ -72,6 +71,7 @@ TEST(SystemPage, FoldersFilesAndCopiesAndTheirEffects)
         // Only regular files are read: a FIFO answers at once, empty.
         {"Command=ReadFile&Filename=" + dir.file("fifo"), ""},
         {"Command=ReadFile&Filename=" + dir.file("missing"), ""},
+        {"Command=CopyThreadProgress&Key=never", "{\"ErrorCode\":1}"},
     };
     for (auto const& step : steps)
         EXPECT_EQ(step.second, systemPage(step.first)) << step.first;
@@ -79,29 +79,35 @@ TEST(SystemPage, FoldersFilesAndCopiesAndTheirEffects)
     EXPECT_FALSE(std::filesystem::exists(dir.file("x")));
 }
 
-TEST(SystemPage, RunCapturesCleanedOutput)
+// The text for standard input is not given to the program; a program that
+// cannot be started answers the shell's status word and message.
+TEST(SystemPage, RunAnswersStatusAndCleanedOutput)
 {
+    int saved = dup(0);
+    int null = open("/dev/null", O_RDONLY);
+    dup2(null, 0);
+    close(null);
     // Quotes dropped, backslashes doubled, carriage returns dropped, line
     // feeds written as backslash-n; a quoted executable runs the same program.
+    const std::string printed =
+        systemPage("Command=Run&Executable=%22printf%22&Arguments=%27a%22b%5C%5Cc%5Cnd%5Cr%5Cn%27");
+    const std::string failed = systemPage("Command=Run&Executable=sh&Arguments=-c+%22cat;echo+"
+                                          "oops+%3E%262;exit+3%22&StandardInput=secret");
+    const std::string missing = systemPage("Command=Run&Executable=/no/such/program");
+    dup2(saved, 0);
+    close(saved);
     EXPECT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"StandardOutput\":\"ab\\\\c\\nd\\n\","
               "\"StandardError\":\"\"}",
-              run("Executable=%22printf%22&Arguments=%27a%22b%5C%5Cc%5Cnd%5Cr%5Cn%27"));
+              printed);
     EXPECT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"768\",\"StandardOutput\":\"\",\"StandardError\":"
               "\"oops\\n\"}",
-              run("Executable=sh&Arguments=-c+%22echo+oops+%3E%262;exit+3%22"));
-    // The text for standard input is not given to the program.
-    EXPECT_EQ(
-        "{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"StandardOutput\":\"\",\"StandardError\":\"\"}",
-        run("Executable=cat&StandardInput=secret"));
-    // A program that cannot be started: the shell's status word and message.
-    std::string missing = run("Executable=/no/such/program");
+              failed);
     EXPECT_EQ(0u, missing.find("{\"ErrorCode\":0,\"ReturnCode\":\"32512\",\"StandardOutput\":\"\","
                                "\"StandardError\":\""));
     EXPECT_NE(std::string::npos, missing.find("/no/such/program"));
 }
 
-// Sizes past 4 GiB are found, copied (keeping the hole) and counted; the
-// background copy is reported once, then its key is forgotten.
+// Sizes past 4 GiB are found, copied (keeping the hole) and counted.
 TEST(SystemPage, BackgroundCopyOfFilesPastFourGiBIsPolledToItsEnd)
 {
     TestSupport::TempDir dir;
@@ -113,20 +119,49 @@ TEST(SystemPage, BackgroundCopyOfFilesPastFourGiBIsPolledToItsEnd)
     EXPECT_EQ(returnCode("1"), systemPage("Command=FileExists&Target=" + big));
     EXPECT_EQ(returnCode("1"),
               systemPage("Command=Copy&Source=" + big + "&Destination=" + dir.file("copy.img")));
-    struct stat copied;
-    ASSERT_EQ(0, ::stat(dir.file("copy.img").c_str(), &copied));
-    EXPECT_EQ(5LL << 30, static_cast<long long>(copied.st_size));
-    ::unlink(dir.file("copy.img").c_str());
+    EXPECT_EQ(5LL << 30, static_cast<long long>(std::filesystem::file_size(dir.file("copy.img"))));
+    std::filesystem::remove(dir.file("copy.img"));
 
-    EXPECT_EQ(returnCode("1"), systemPage("Command=CopyThread&Key=job&Source=" + dir.file("src") +
-                                          "&Destination=" + dir.file("dst")));
-    std::string last = progressAtTheEnd("job");
-    EXPECT_EQ(
-        0u, last.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"2\",\"CurrentFile\":"
-                      "\"2\",\"TotalBytes\":\"5368711465\",\"CurrentByte\":\"5368711465\","
-                      "\"CurrentFilename\":\""))
+    const std::string last = copyInTheBackground("job", dir.file("src"), dir.file("dst"));
+    EXPECT_EQ(0u, last.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"2\","
+                            "\"CurrentFile\":\"2\",\"TotalBytes\":\"5368711465\","
+                            "\"CurrentByte\":\"5368711465\",\"CurrentFilename\":\""))
         << last;
     EXPECT_EQ(std::string(2345, '2'), TestSupport::readFile(dir.file("dst/sub/two.txt")));
-    EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=job"));
-    EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=never"));
+}
+
+// A full disk under a copy is reported (no success, not every byte), and a
+// background copy whose source disappears ends, leaving only whole files.
+TEST(SystemPage, CopiesThatCannotFinishSaySo)
+{
+    TestSupport::TempDir dir;
+    for (int file = 0; file < 200; ++file)
+    {
+        const std::string folder = dir.file("src/d" + std::to_string(file % 10));
+        std::filesystem::create_directories(folder);
+        TestSupport::writeFile(folder + "/f" + std::to_string(file), std::string(20000, 'x'));
+    }
+    std::string end = copyInTheBackground("gone", dir.file("src"), dir.file("dst"),
+                                          [&] { std::filesystem::remove_all(dir.file("src")); });
+    EXPECT_EQ(0u, end.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\"")) << end;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(dir.file("dst")))
+        EXPECT_TRUE(!entry.is_regular_file() || entry.file_size() == 20000u) << entry.path();
+
+    TestSupport::SmallFileSystem full("64k");
+    if (!full.refusal().empty())
+        GTEST_SKIP() << full.refusal();
+    std::filesystem::create_directories(dir.file("tree"));
+    TestSupport::writeFile(dir.file("tree/big.bin"), std::string(40000, 'b'));
+    TestSupport::writeFile(dir.file("tree/small.txt"), std::string(100, 's'));
+    full.fill(16384);
+    EXPECT_EQ(returnCode("0"), systemPage("Command=Copy&Source=" + dir.file("tree/big.bin") +
+                                          "&Destination=" + full.file("big.bin")));
+    end = copyInTheBackground("full", dir.file("tree"), full.file("tree"));
+    std::smatch bytes;
+    ASSERT_TRUE(std::regex_search(end, bytes,
+                                  std::regex("^\\{\"ErrorCode\":0,\"ReturnCode\":\"0\""
+                                             ".*\"TotalBytes\":\"([0-9]+)\",\"Curren"
+                                             "tByte\":\"([0-9]+)\"")))
+        << end;
+    EXPECT_NE(bytes[1], bytes[2]) << end;
 }
