@@ -5,8 +5,6 @@
 
 #include "TestSupport.h"
 
-#include "common/ModuleName.h"
-#include "extension/Extension.h"
 #include "extension/TestSeams.h"
 #include "extension/ZRAPPExtension.h"
 
@@ -29,16 +27,6 @@ std::string text(uint32_t address, uint32_t length)
     return std::string(reinterpret_cast<const char*>(static_cast<uintptr_t>(address)), length);
 }
 } // namespace
-
-TEST(EntryPoint, ReadsTheConfigurationBesideTheHost)
-{
-    InitializeLibrary();
-    InitializeLibrary(); // idempotent
-    EXPECT_EQ(std::string(Common::moduleName().c_str()), TestSupport::hostFolder() + "/iexplore");
-    EXPECT_EQ(std::string(g_contentFolder.c_str()), TestSupport::contentFolder());
-    EXPECT_EQ(std::string(g_extensionModule.c_str()), "C:/tidewell/libtidewell.so");
-    EXPECT_EQ(std::string(g_workingFolder.c_str()), TestSupport::hostFolder());
-}
 
 // Each file holds its own name, so the answer shows which file the URL found.
 TEST(EntryPoint, NormalisesAndDecodesTheURLThenServesTheFileItNames)
@@ -267,20 +255,6 @@ TEST(EntryPoint, BrokenEscapesAndEnormousURLs)
     putContent("big.htm", "big");
     EXPECT_EQ(get(escapes + "?" + escapes).result, 1);
     EXPECT_EQ(get("big.htm?" + escapes + "?" + escapes).page, "big");
-}
-
-TEST(EntryPoint, PageStaysValidUntilTheNextCall)
-{
-    putContent("first.htm", "first page");
-    putContent("second.htm", "second");
-    const char* block1[] = {"first.htm", "", "", "GET"};
-    const char* block2[] = {"second.htm", "", "", "GET"};
-    uint32_t page1 = 0, length1 = 0, page2 = 0, length2 = 0;
-    ZRAPPExtensionProc(block1, &page1, &length1);
-    EXPECT_EQ(text(page1, length1), "first page");
-    EXPECT_EQ(text(page1, length1), "first page");
-    ZRAPPExtensionProc(block2, &page2, &length2);
-    EXPECT_EQ(text(page2, length2), "second");
 }
 
 namespace

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <iterator>
 #include <regex>
@@ -58,29 +59,18 @@ std::vector<std::string> controllerOrder(const std::string& document)
     return order;
 }
 
-// One boot-controller record: the subsystem value stored byte-reversed, the
-// bus and the device/function byte.
-std::vector<std::uint8_t> record(std::uint8_t bus, std::uint8_t device, std::uint8_t function,
-                                 std::uint32_t subsystem)
-{
-    return {static_cast<std::uint8_t>(subsystem >> 24),
-            static_cast<std::uint8_t>(subsystem >> 16),
-            static_cast<std::uint8_t>(subsystem >> 8),
-            static_cast<std::uint8_t>(subsystem),
-            0xEE,
-            bus,
-            static_cast<std::uint8_t>(device << 3 | function),
-            0xEE};
-}
-
-// A Corvane ROM whose "RXHORD" holds `records` in order.
+// A Corvane ROM whose boot-controller list "RXHORD" holds `records` in
+// order: {bus, device << 3 | function, subsystem}, each stored as the
+// subsystem byte-reversed, a filler, the bus and the device/function byte.
 void addBootControllerList(Sim::Machine& machine,
-                           const std::vector<std::vector<std::uint8_t>>& records)
+                           std::initializer_list<std::array<std::uint32_t, 3>> records)
 {
     Sim::RomServices::addStandardRom(machine);
     std::vector<std::uint8_t> value;
-    for (const std::vector<std::uint8_t>& one : records)
-        value.insert(value.end(), one.begin(), one.end());
+    for (auto const& r : records)
+        for (std::uint32_t byte :
+             {r[2] >> 24, r[2] >> 16, r[2] >> 8, r[2], 0xEEu, r[0], r[1], 0xEEu})
+            value.push_back(static_cast<std::uint8_t>(byte));
     machine.environment().set("RXHORD", value);
 }
 
@@ -220,12 +210,12 @@ TEST(AllStoragePage, ControllersRankedByTheFirmwaresBootControllerList)
     machine.addFunction({5, 0, 0}, 0x1000, 0x0072, 0x01, 0x07).subsystem(0x1028, 0x1F1C);
     machine.addFunction({6, 0, 0}, 0x8086, 0x2922, 0x01, 0x06);
     addBootControllerList(machine, {
-                                       record(4, 0, 0, 0x0E113262),
-                                       record(3, 0, 0, 0x0E113245),
-                                       record(5, 0, 0, 0x1028FFFF),    // another subsystem
-                                       record(5, 0, 1, 0x10281F1C),    // another function
-                                       record(0, 0x1F, 2, 0x0E11330D), // never looked up
-                                       record(5, 0, 0, 0x10281F1C),
+                                       {4, 0 << 3 | 0, 0x0E113262},
+                                       {3, 0 << 3 | 0, 0x0E113245},
+                                       {5, 0 << 3 | 0, 0x1028FFFF},    // another subsystem
+                                       {5, 0 << 3 | 1, 0x10281F1C},    // another function
+                                       {0, 0x1F << 3 | 2, 0x0E11330D}, // never looked up
+                                       {5, 0 << 3 | 0, 0x10281F1C},
                                    });
     auto check = [](Sim::Machine&)
     {
@@ -258,7 +248,7 @@ TEST(AllStoragePage, BootControllerListNamesIDEControllersOf747OneFunctionLower)
         machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, 0x01).subsystem(0x0E11, 0x330D);
         machine.addFunction({0, 0x1F, 5}, 0x8086, 0x3A26, 0x01, 0x06).subsystem(0x0E11, 0x330D);
         addBootControllerList(machine,
-                              {record(0, 0x1F, 1, 0x0E11330D), record(0, 0x1F, 5, 0x0E11330D)});
+                              {{0, 0x1F << 3 | 1, 0x0E11330D}, {0, 0x1F << 3 | 5, 0x0E11330D}});
         onSimulatedServer(
             machine, [&c](Sim::Machine&)
             { EXPECT_EQ(c.second, controllerOrder(inventoryWith(kNames))) << c.first; });

@@ -1,4 +1,4 @@
-#include "CorvaneRom.h"
+#include "CorvaneServer.h"
 
 #include "common/system/NVRAM.h"
 #include "platform/Hardware.h"

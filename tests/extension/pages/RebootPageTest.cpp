@@ -1,4 +1,4 @@
-#include "CorvaneRom.h"
+#include "CorvaneServer.h"
 #include "IpmiLog.h"
 #include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"

@@ -1,12 +1,15 @@
-#include "CorvaneRom.h"
+#include "CorvaneServer.h"
 #include "IpmiLog.h"
 #include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
+
+#include <gmock/gmock.h>
 
 #include <optional>
 #include <string>
 #include <vector>
 
+using testing::StartsWith;
 using TestSupport::runPage;
 
 namespace
@@ -43,7 +46,7 @@ TEST(SetBootOrderPage, ROMOrderIsWrittenAsTableIndexes)
     const struct
     {
         std::string command;
-        std::string answer;
+        testing::Matcher<std::string> answer;
         std::optional<Bytes> order; // none: the variable is absent
     } steps[] = {
         {"Query", kDevices + "]}", std::nullopt}, // not readable yet: no names
@@ -62,25 +65,24 @@ TEST(SetBootOrderPage, ROMOrderIsWrittenAsTableIndexes)
         {"Perform&Order=", kRefused, Bytes{0}},
         {"Sort", "", Bytes{0}},
         // Twenty indexes asked for: the first sixteen are written.
-        {twentyPxe, "*", Bytes{3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4}},
+        {twentyPxe, StartsWith("{\"ErrorCode\":0,"),
+         Bytes{3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4}},
     };
-    onSimulatedServer(machine,
-                      [&steps](Sim::Machine& machine)
-                      {
-                          for (auto const& step : steps)
-                          {
-                              const std::string answer =
-                                  runPage("setbootorder.nsp", "Command=" + step.command);
-                              if (step.answer != "*")
-                                  EXPECT_EQ(step.answer, answer) << step.command;
-                              EXPECT_EQ(step.order, machine.environment().value("RXHIPL"))
-                                  << step.command;
-                          }
-                          // Unused bytes are skipped; an index beyond the table has no name.
-                          machine.environment().set("RXHIPL", {0x02, 0xFF, 0x07, 0x00});
-                          EXPECT_EQ(kDevices + "\"cdrom\",\"\",\"hd\"]}",
-                                    runPage("setbootorder.nsp", "Command=Query"));
-                      });
+    onSimulatedServer(
+        machine,
+        [&steps](Sim::Machine& machine)
+        {
+            for (auto const& step : steps)
+            {
+                EXPECT_THAT(runPage("setbootorder.nsp", "Command=" + step.command), step.answer)
+                    << step.command;
+                EXPECT_EQ(step.order, machine.environment().value("RXHIPL")) << step.command;
+            }
+            // Unused bytes are skipped; an index beyond the table has no name.
+            machine.environment().set("RXHIPL", {0x02, 0xFF, 0x07, 0x00});
+            EXPECT_EQ(kDevices + "\"cdrom\",\"\",\"hd\"]}",
+                      runPage("setbootorder.nsp", "Command=Query"));
+        });
 }
 
 // Through the management controller the order is one persistent boot

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+using testing::_;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -40,12 +41,12 @@ std::string refused(const std::string& request, const std::string& code)
 }
 
 // A command with its parameters, what the page answers, and the changes it
-// sends (ipmiLog of the setters; "*": not compared).
+// sends (ipmiLog of the setters).
 struct Step
 {
     std::string command;
     testing::Matcher<std::string> answer;
-    std::string changes;
+    testing::Matcher<std::string> changes;
 };
 
 // Runs `steps` on a server whose controller has `users` user IDs (user 2
@@ -69,8 +70,7 @@ void onController(std::vector<Step> const& steps,
                 EXPECT_THAT(TestSupport::runPage("wd100.nsp", "Command=" + step.command),
                             step.answer)
                     << step.command;
-                if (step.changes != "*")
-                    EXPECT_EQ(step.changes, ipmiLog(machine, from, kSetters)) << step.command;
+                EXPECT_THAT(ipmiLog(machine, from, kSetters), step.changes) << step.command;
             }
             if (after)
                 after(machine);
@@ -253,8 +253,8 @@ TEST(Wd100Page, SetUserSendsNamePasswordPrivilegeThenEnable)
           ""},
          {"SetUser&ID=4&Password=seventeen-letters", kDone, "0647:8402'seventeen-letters'00*3"},
          {"SetUser&ID=4&Enabled=No&Privilege=NoAccess", kDone, "0643:91040F 0647:0400"},
-         {"SetUser&ID=2&Name=chief&Privilege=Administrator", kDone, "*"},
-         {"SetUser&ID=3&Name=deputy&Privilege=Administrator&Enabled=Yes", kDone, "*"},
+         {"SetUser&ID=2&Name=chief&Privilege=Administrator", kDone, _},
+         {"SetUser&ID=3&Name=deputy&Privilege=Administrator&Enabled=Yes", kDone, _},
          {"SetUser&ID=2&Enabled=No", kDone, "0647:0200"},
          {"SetUser&ID=3&Enabled=No", badValue("Enabled"), ""}},
         {}, 4,
@@ -299,9 +299,9 @@ TEST(Wd100Page, SetServicesAndPowerPolicyAndTheirRefusals)
         [](Sim::ManagementController& c) { c.lan().nonVolatileAccess = 0x22; });
     onController(
         {{"SetUser&ID=2&Name=chief&Password=new-one", refused("Name", "CC"), "0645:02'chief'00*11"},
-         {"SetServices&LANEnabled=No&SOLEnabled=No", refused("LANEnabled", "CC"), "*"},
+         {"SetServices&LANEnabled=No&SOLEnabled=No", refused("LANEnabled", "CC"), _},
          {"SetPowerPolicy&Policy=AlwaysOff", refused("Policy", "D6"), "0006:00"},
-         {"SetServices&BaudRate=9600", refused("BaudRate", "80"), "*"}},
+         {"SetServices&BaudRate=9600", refused("BaudRate", "80"), _}},
         [](Sim::ManagementController& c)
         {
             c.refuse(0x06, 0x45, {}, 0xCC);
