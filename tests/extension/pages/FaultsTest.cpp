@@ -23,14 +23,6 @@ namespace
 const std::uint64_t kSecond = 1000000;
 const Sim::PciLocation kNvram = {0, 5, 0};
 
-Sim::SmbiosBuilder tables()
-{
-    return Sim::SmbiosBuilder()
-        .bios("Velmar", "VQ14", "05/05/2011")
-        .system("Velmar", "Corvane 2U", "CZ2113ABCD")
-        .systemId("ZR0A0725");
-}
-
 // The simulated time the page took, and its answer.
 struct Timed
 {
@@ -68,7 +60,7 @@ TEST(ControllerFaults, SlowSilentAndGarbageRepliesStillGiveAnAnswerInTime)
     for (auto const& c : cases)
     {
         Sim::Machine machine;
-        machine.installSmbios(tables());
+        machine.installSmbios(corvaneTables());
         machine.addManagementController().replyDelayMicroseconds = c.delay;
         machine.managementController()->silent = c.silent;
         onSimulatedServer(
@@ -97,7 +89,7 @@ TEST(ControllerFaults, SlowSilentAndGarbageRepliesStillGiveAnAnswerInTime)
     for (const std::vector<std::uint8_t>& reply : replies)
     {
         Sim::Machine machine;
-        machine.installSmbios(tables());
+        machine.installSmbios(corvaneTables());
         machine.addManagementController();
         onSimulatedServer(
             machine,
@@ -127,7 +119,7 @@ TEST(ControllerFaults, SlowSilentAndGarbageRepliesStillGiveAnAnswerInTime)
 TEST(RomFaults, BusyStoreAndHeldSemaphoreAreGivenUp)
 {
     Sim::Machine machine;
-    machine.installSmbios(tables());
+    machine.installSmbios(corvaneTables());
     addCorvaneRom(machine);
     machine.installIplTable({{2, {0, 31, 2}, "SATA disk"}, {3, {0, 31, 2}, "CD drive"}});
     machine.environment().set("RXHIPL", {0x01, 0x02});
@@ -180,7 +172,7 @@ TEST(FileFaults, SysfsAndProcEntriesVanishingWhileTheInventoryWalksThem)
 {
     namespace fs = std::filesystem;
     Sim::Machine machine;
-    machine.installSmbios(tables());
+    machine.installSmbios(corvaneTables());
     for (std::uint8_t bus = 3; bus < 7; ++bus)
     {
         machine.addFunction({bus, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);

@@ -1,5 +1,5 @@
 #include "CorvaneServer.h"
-#include "IpmiLog.h"
+#include "tests/support/IpmiLog.h"
 #include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
 

@@ -1,4 +1,4 @@
-#include "IpmiLog.h"
+#include "tests/support/IpmiLog.h"
 #include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
 
