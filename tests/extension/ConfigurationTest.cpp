@@ -6,69 +6,48 @@
 
 namespace
 {
-std::string text(const Common::string& s)
-{
-    return std::string(s.c_str(), s.size());
-}
 std::string fileFor(const char* host)
 {
-    return text(Configuration::fileFor(Common::istring(host)));
+    return Configuration::fileFor(Common::istring(host)).c_str();
 }
 } // namespace
 
 TEST(Configuration, FileBesideTheHost)
 {
-    EXPECT_EQ(fileFor("/opt/ui/iexplore"), "/opt/ui/TIDEWELL.XML");
-    EXPECT_EQ(fileFor("/opt/ui/IEXPLORE.EXE"), "/opt/ui/TIDEWELL.XML");
-    EXPECT_EQ(fileFor("C:\\Program Files\\iexplore.exe"), "C:/Program Files/TIDEWELL.XML");
-    EXPECT_EQ(fileFor("/iexplore"), "/TIDEWELL.XML");
-    EXPECT_EQ(fileFor("/opt/iexplore/bin/shell"), "/opt/iexplore/bin/TIDEWELL.XML");
-    EXPECT_EQ(fileFor("/opt/ff/FireFox"), "/opt/ff/components/zrmedia/TIDEWELL.XML");
-    EXPECT_EQ(fileFor("/opt/ff/firefox-bin"), "/opt/ff/components/zrmedia/TIDEWELL.XML");
-    // "iexplore" wins over "firefox".
-    EXPECT_EQ(fileFor("/firefox/iexplore"), "/firefox/TIDEWELL.XML");
-    EXPECT_EQ(fileFor("/usr/bin/ctest"), "");
-    EXPECT_EQ(fileFor("/tmp/application.exe"), "");
-    EXPECT_EQ(fileFor(""), "");
+    const std::pair<const char*, const char*> cases[] = {
+        {"/opt/ui/iexplore", "/opt/ui/TIDEWELL.XML"},
+        {"/opt/ui/IEXPLORE.EXE", "/opt/ui/TIDEWELL.XML"},
+        {"C:\\Program Files\\iexplore.exe", "C:/Program Files/TIDEWELL.XML"},
+        {"/iexplore", "/TIDEWELL.XML"},
+        {"/opt/iexplore/bin/shell", "/opt/iexplore/bin/TIDEWELL.XML"},
+        {"/opt/ff/FireFox", "/opt/ff/components/zrmedia/TIDEWELL.XML"},
+        {"/opt/ff/firefox-bin", "/opt/ff/components/zrmedia/TIDEWELL.XML"},
+        {"/firefox/iexplore", "/firefox/TIDEWELL.XML"}, // "iexplore" wins
+        {"/usr/bin/ctest", ""},
+        {"", ""},
+    };
+    for (auto const& c : cases)
+        EXPECT_EQ(fileFor(c.first), c.second) << c.first;
 }
 
-TEST(Configuration, Entries)
+TEST(Configuration, EntriesTheFirstOfEachTagWithAValue)
 {
     Configuration::Values v =
         Configuration::parse("<?xml version=\"1.0\"?>\n<!-- the UI -->\n<TIDEWELL>\n"
                              "  <ExtensionModule value=\"C:\\ui\\ext.dll\"/>\n"
                              "  <WorkingDir value='D:\\work'/>\n"
                              "  <UrlBase value=\"/srv/content/\"></UrlBase>\n"
-                             "</TIDEWELL>\n");
-    EXPECT_EQ(text(v.extensionModule), "C:/ui/ext.dll");
-    EXPECT_EQ(text(v.workingFolder), "D:/work");
-    EXPECT_EQ(text(v.contentFolder), "/srv/content/");
-}
-
-TEST(Configuration, MissingEntriesStayEmpty)
-{
-    Configuration::Values v =
-        Configuration::parse("<TIDEWELL><UrlBase path=\"/x/\"/><urlbase value=\"/y/\"/>"
-                             "<WorkingDir value=\"/w\"/></TIDEWELL>");
-    EXPECT_EQ(text(v.extensionModule), "");
-    EXPECT_EQ(text(v.contentFolder), ""); // no "value"; tags are case-sensitive
-    EXPECT_EQ(text(v.workingFolder), "/w");
-
-    // The first element of a tag counts.
+                             "  <UrlBase value=\"/second/\"/>\n</TIDEWELL>\n");
+    EXPECT_STREQ(v.extensionModule.c_str(), "C:/ui/ext.dll");
+    EXPECT_STREQ(v.workingFolder.c_str(), "D:/work");
+    EXPECT_STREQ(v.contentFolder.c_str(), "/srv/content/");
+    // No "value", a tag in other letter case, a first element without value.
+    v = Configuration::parse("<T><UrlBase path=\"/x/\"/><urlbase value=\"/y/\"/></T>");
+    EXPECT_STREQ(v.contentFolder.c_str(), "");
     v = Configuration::parse("<T><UrlBase/><UrlBase value=\"/second/\"/></T>");
-    EXPECT_EQ(text(v.contentFolder), "");
-    v = Configuration::parse("<T><UrlBase value=\"/first/\"/><UrlBase value=\"/second/\"/></T>");
-    EXPECT_EQ(text(v.contentFolder), "/first/");
-}
-
-TEST(Configuration, NothingReadable)
-{
+    EXPECT_STREQ(v.contentFolder.c_str(), "");
     for (const char* text : {"", "garbage", "<", "<T", "<T><UrlBase value=\"/x/", "<!-- <T> -->",
                              "?>", "<T><UrlBase value=\"a\"b c\"/></T>"})
-    {
-        Configuration::Values v = Configuration::parse(text);
-        (void)v; // no crash, no hang
-    }
-    EXPECT_EQ(std::string(Configuration::parse("<T><UrlBase value=\"/x/").contentFolder.c_str()),
-              "");
+        Configuration::parse(text); // no crash, no hang
+    EXPECT_STREQ(Configuration::parse("<T><UrlBase value=\"/x/").contentFolder.c_str(), "");
 }

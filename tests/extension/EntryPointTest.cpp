@@ -1,75 +1,114 @@
-// Routing tests through the exported entry point, against the content folder
-// of TestSupport's global environment.
+// The road of a request through the exported entry point: the URL's
+// normalisation and decoding, the choice between a command page and a file,
+// and the host's mistakes; against the content folder of TestSupport's
+// global environment.
 
 #include "TestSupport.h"
 
-#include "common/ModuleName.h"
-#include "extension/Extension.h"
 #include "extension/TestSeams.h"
 #include "extension/ZRAPPExtension.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <memory>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using TestSupport::Answer;
 using TestSupport::get;
 using TestSupport::putContent;
 
-TEST(EntryPoint, ReadsTheConfigurationBesideTheHost)
+namespace
 {
-    InitializeLibrary();
-    EXPECT_EQ(std::string(Common::moduleName().c_str()), TestSupport::hostFolder() + "/iexplore");
-    EXPECT_EQ(std::string(g_contentFolder.c_str()), TestSupport::contentFolder());
-    EXPECT_EQ(std::string(g_extensionModule.c_str()), "C:/tidewell/libtidewell.so");
-    EXPECT_EQ(std::string(g_workingFolder.c_str()), TestSupport::hostFolder());
-    InitializeLibrary(); // idempotent
-    EXPECT_EQ(std::string(g_contentFolder.c_str()), TestSupport::contentFolder());
+std::string text(uint32_t address, uint32_t length)
+{
+    return std::string(reinterpret_cast<const char*>(static_cast<uintptr_t>(address)), length);
+}
+} // namespace
+
+// Each file holds its own name, so the answer shows which file the URL found.
+TEST(EntryPoint, NormalisesAndDecodesTheURLThenServesTheFileItNames)
+{
+    const struct
+    {
+        const char* url;
+        std::string file;
+    } cases[] = {
+        // Prefixes in any case; the word alone is removed, and nothing more.
+        {"zrmedia://Tidewell/n.htm?x=1#top", "n.htm"},
+        {"ZrMeDiA://tIdEwElL/n.htm", "n.htm"},
+        {"zrmedia://n.htm", "n.htm"},
+        {"Tidewell/n.htm", "n.htm"},
+        {"zrmedia://TidewellX.htm", "X.htm"},
+        {"zrmedia://Tidewell//n.htm", "n.htm"}, // content folder + "/n.htm"
+        {"/Tidewell/n.htm", "Tidewell/n.htm"},  // one "/" goes, "Tidewell" only behind the scheme
+        {"zrmedia:/n.htm", "zrmedia:/n.htm"},
+        // The fragment goes first, then the query with its repeated copies.
+        {"n.htm#b?c=1", "n.htm"},
+        {"n.htm?c=1#b#d", "n.htm"},
+        {"n.htm?A=1?a=1?a=1", "n.htm"},
+        {"q?x.htm", "q"},
+        // Both are split off before decoding: an escaped "?" or "#" stays in
+        // the name. The prefixes are stripped after decoding.
+        {"a%3Fx.htm?q=%41", "a?x.htm"},
+        {"a%23b.htm", "a#b.htm"},
+        {"zrmedia%3A%2F%2FTidewell%2Fn.htm", "n.htm"},
+        {"%2Fn.htm", "n.htm"},
+        // "+" and an escaped "+" are blanks; a decoded "%" is not decoded again.
+        {"a+b%2Bc%2bd.htm", "a b c d.htm"},
+        {"%25%34%31", "%41"},
+        {"%2541", "%41"},
+        {"%41%42%43", "ABC"},
+        // A broken escape decodes by the digit rule, never reading past the end.
+        {"x%zz", "xS"},
+        {"y.htm%", "y.htm\xD0"},
+        // Unknown ".nsp" names, and command pages behind a folder, are files.
+        {"unknown.nsp", "unknown.nsp"},
+        {"sub/index.nsp", "sub/index.nsp"},
+        {"index.nsp%20", "index.nsp "},
+    };
+    for (auto const& c : cases)
+        putContent(c.file, c.file);
+    for (auto const& c : cases)
+    {
+        Answer a = get(c.url);
+        EXPECT_EQ(a.result, 0) << c.url;
+        EXPECT_EQ(a.page, c.file) << c.url;
+    }
+    for (const char* url : {"", "zrmedia://", "zrmedia:///", "/", "Tidewell", "zrmedia://Tidewell",
+                            "zrmedia://Tidewell/", "?a=1", "#x", "zrmedia://#x", "INDEX.NSP"})
+        EXPECT_NE(get(url).page.find("window.location"), std::string::npos) << url;
 }
 
-TEST(EntryPoint, ServesFilesFromTheNormalisedURL)
+TEST(EntryPoint, ServesFilesAsTheyAreExceptIncludesInHtmlPages)
 {
-    putContent("served.htm", "N");
     putContent("bin.dat", std::string("a\0b\0c", 5));
     putContent("empty.htm", "");
-    putContent("q?x.htm", "Q");
-    putContent("q", "only q");
-    putContent("a b.htm", "AB");
-    putContent("unknown.nsp", "a file");
-    TestSupport::makeDirectories(TestSupport::contentFolder() + "a-folder");
-    // Includes are expanded in .htm and .html pages only.
+    std::filesystem::create_directories(TestSupport::contentFolder() + "a-folder");
     putContent("ext/x.htm", "X");
-    for (char const* name : {"ext/a.HTM", "ext/a.html", "ext/a.txt", "ext/a.htmx"})
+    for (char const* name : {"ext/a.HTM", "ext/a.html", "ext/a.txt", "ext/a.htmx", "ext/a.shtml",
+                             "ext/a.ht", "ext.htm/name"})
         putContent(name, "<?include x.htm?>");
-
-    struct
+    const struct
     {
         char const* url;
         int result;
         std::string page;
-    } const cases[] = {
-        {"zrmedia://Tidewell/bin.dat", 0, std::string("a\0b\0c", 5)},
+    } cases[] = {
+        {"bin.dat", 0, std::string("a\0b\0c", 5)},
         {"empty.htm", 0, ""},
         {"no-such-file.htm", 1, ""},
         {"a-folder", 1, ""}, // a folder is not served
-        {"unknown.nsp", 0, "a file"},
-        {"ZRMEDIA://TIDEWELL/served.htm", 0, "N"},
-        {"zrmedia://tidewell/served.htm?x=1#top", 0, "N"},
-        {"zrmedia%3A%2F%2FTidewell%2Fserved.htm", 0, "N"},
-        {"//served.htm", 0, "N"}, // content folder + "/served.htm"
-        {"q%3Fx.htm", 0, "Q"},
-        {"q?x.htm", 0, "only q"}, // a real "?" starts the query
-        {"a+b.htm", 0, "AB"},
-        {"a%2Bb.htm", 0, "AB"},
+        {"%00", 1, ""},      // a name, not the start page
         {"ext/a.HTM", 0, "X"},
         {"ext/a.html", 0, "X"},
         {"ext/a.txt", 0, "<?include x.htm?>"},
         {"ext/a.htmx", 0, "<?include x.htm?>"},
+        {"ext/a.shtml", 0, "<?include x.htm?>"},
+        {"ext/a.ht", 0, "<?include x.htm?>"},
+        {"ext.htm/name", 0, "<?include x.htm?>"},
     };
     for (auto const& c : cases)
     {
@@ -77,27 +116,20 @@ TEST(EntryPoint, ServesFilesFromTheNormalisedURL)
         EXPECT_EQ(a.result, c.result) << c.url;
         EXPECT_EQ(a.page, c.page) << c.url;
     }
-    for (const char* url : {"", "zrmedia://", "zrmedia://Tidewell/"})
-        EXPECT_NE(get(url).page.find("window.location"), std::string::npos) << url;
 }
 
-TEST(EntryPoint, AbsolutePathFallback)
+TEST(EntryPoint, AbsolutePathFallbackComesAfterTheContentFolder)
 {
     TestSupport::TempDir outside("tidewell-outside");
     TestSupport::writeFile(outside.file("abs.txt"), "absolute");
-    // "zrmedia:///tmp/.../abs.txt" -> "tmp/.../abs.txt", not in the content
-    // folder, so "/tmp/.../abs.txt" is opened.
     Answer a = get("zrmedia://" + outside.file("abs.txt"));
     EXPECT_EQ(a.result, 0);
     EXPECT_EQ(a.page, "absolute");
-    // The content folder comes first.
-    std::string relative = outside.file("abs.txt").substr(1);
-    putContent(relative, "from content");
-    a = get("zrmedia://" + outside.file("abs.txt"));
-    EXPECT_EQ(a.page, "from content");
+    putContent(outside.file("abs.txt").substr(1), "from content");
+    EXPECT_EQ(get("zrmedia://" + outside.file("abs.txt")).page, "from content");
 }
 
-TEST(EntryPoint, PagesAreNeverFiles)
+TEST(EntryPoint, CommandPagesAreNeverFiles)
 {
     putContent("wd100.nsp", "must not be served");
     putContent("system.nsp", "must not be served");
@@ -108,32 +140,33 @@ TEST(EntryPoint, PagesAreNeverFiles)
         EXPECT_EQ(a.page, "{\"ErrorCode\":1}") << url;
     }
     EXPECT_EQ(get("system.nsp?Command=Query").page, "{\"ErrorCode\":0,\"Platform\":\"Linux\"}");
-    // With a folder in front it is no page: a file.
-    putContent("sub/index.nsp", "sub index");
-    EXPECT_EQ(get("sub/index.nsp").page, "sub index");
 }
 
 namespace
 {
-// A "php" of our own on the search path, so that the command line is seen
-// without a real interpreter: it prints its arguments and the page.
+// A "php" of our own first on the search path: it prints its arguments and
+// the page, so the command line is seen without a real interpreter.
 class FakePHP : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
-        m_bin.reset(new TestSupport::TempDir("tidewell-fakephp"));
-        TestSupport::writeFile(m_bin->file("php"),
+        TestSupport::writeFile(m_bin.file("php"),
                                "#!/bin/sh\nprintf 'php[%s][%s]:' \"$1\" \"$2\"\ncat \"$2\"\n");
-        ::chmod(m_bin->file("php").c_str(), 0755);
+        ::chmod(m_bin.file("php").c_str(), 0755);
         const char* path = std::getenv("PATH");
         m_path = path ? path : "/usr/bin:/bin";
-        ::setenv("PATH", (m_bin->path() + ":" + m_path).c_str(), 1);
+        ::setenv("PATH", (m_bin.path() + ":" + m_path).c_str(), 1);
     }
     void TearDown() override { ::setenv("PATH", m_path.c_str(), 1); }
 
+    static std::string ran(const std::string& name, const std::string& page)
+    {
+        return "php[-f][" + TestSupport::contentFolder() + name + "]:" + page;
+    }
+
 private:
-    std::unique_ptr<TestSupport::TempDir> m_bin;
+    TestSupport::TempDir m_bin{"tidewell-fakephp"};
     std::string m_path;
 };
 } // namespace
@@ -141,15 +174,15 @@ private:
 TEST_F(FakePHP, PhpPagesRunThroughPhpWithoutIncludeExpansion)
 {
     putContent("script.php", "<?php echo 1; ?>");
-    EXPECT_EQ(get("zrmedia://Tidewell/script.php?x=1").page,
-              "php[-f][" + TestSupport::contentFolder() + "script.php]:<?php echo 1; ?>");
-    putContent("INC.PHP", "<?include x.htm?>");
-    putContent("x.htm", "X");
-    EXPECT_EQ(get("INC.PHP").page,
-              "php[-f][" + TestSupport::contentFolder() + "INC.PHP]:<?include x.htm?>");
-    // A name with ".php" twice is served as a file.
-    putContent("a.php.php", "served as a file");
-    EXPECT_EQ(get("a.php.php").page, "served as a file");
+    EXPECT_EQ(get("zrmedia://Tidewell/script.php?x=1").page, ran("script.php", "<?php echo 1; ?>"));
+    putContent("x/INC.PHP", "<?include x.htm?>");
+    EXPECT_EQ(get("x/INC.PHP").page, ran("x/INC.PHP", "<?include x.htm?>"));
+    // ".php" must end a name longer than four characters, and come once.
+    for (const char* name : {".php", "a.php.php", "a.php.htm", "a.phps"})
+    {
+        putContent(name, "a file");
+        EXPECT_EQ(get(name).page, "a file") << name;
+    }
 }
 
 TEST_F(FakePHP, ShellCharactersInAPhpPageNameStayInItsPath)
@@ -161,15 +194,13 @@ TEST_F(FakePHP, ShellCharactersInAPhpPageNameStayInItsPath)
           "a'$(touch " + mark + ")'.php", "a\"$(touch " + mark + ")\".php",
           "a\ntouch " + mark + "\n.php", "a%0Atouch%20" + mark + "%0A.php"})
     {
-        // The page does not exist: php gets its path as one argument and
-        // finds nothing to run.
+        // No such page: php gets its path as one argument and finds nothing.
         EXPECT_EQ(get(name).page.rfind("php[-f][" + TestSupport::contentFolder() + "a", 0), 0u)
             << name;
-        EXPECT_FALSE(TestSupport::exists(mark)) << name;
+        EXPECT_FALSE(std::filesystem::exists(mark)) << name;
     }
     putContent("it's $(here).php", "found");
-    EXPECT_EQ(get("it's $(here).php").page,
-              "php[-f][" + TestSupport::contentFolder() + "it's $(here).php]:found");
+    EXPECT_EQ(get("it's $(here).php").page, ran("it's $(here).php", "found"));
 }
 
 TEST(EntryPoint, RealPhpWhenInstalled)
@@ -185,76 +216,45 @@ TEST(EntryPoint, RealPhpWhenInstalled)
 TEST(EntryPoint, HostMistakes)
 {
     putContent("host.htm", "H");
-    uint32_t text = 0;
+    uint32_t page = 0;
     uint32_t length = 99;
-    // No request block at all.
-    EXPECT_EQ(ZRAPPExtensionProc(nullptr, &text, &length), 1);
+    EXPECT_EQ(ZRAPPExtensionProc(nullptr, &page, &length), 1);
     EXPECT_EQ(length, 0u);
-    ASSERT_NE(text, 0u);
-    EXPECT_EQ(*reinterpret_cast<const char*>(static_cast<uintptr_t>(text)), '\0');
-    // A null URL.
+    ASSERT_NE(page, 0u);
+    EXPECT_EQ(text(page, 1), std::string(1, '\0'));
     const char* nullURL[] = {nullptr, "", "", "GET"};
     length = 99;
-    EXPECT_EQ(ZRAPPExtensionProc(nullURL, &text, &length), 1);
+    EXPECT_EQ(ZRAPPExtensionProc(nullURL, &page, &length), 1);
     EXPECT_EQ(length, 0u);
     // A short block: the URL only, then the end.
     const char* shortBlock[] = {"host.htm", nullptr};
-    EXPECT_EQ(ZRAPPExtensionProc(shortBlock, &text, &length), 0);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(static_cast<uintptr_t>(text)), length),
-              "H");
+    EXPECT_EQ(ZRAPPExtensionProc(shortBlock, &page, &length), 0);
+    EXPECT_EQ(text(page, length), "H");
     // Null outputs are not written.
     const char* full[] = {"host.htm", "", "", "GET"};
     EXPECT_EQ(ZRAPPExtensionProc(full, nullptr, nullptr), 0);
-    EXPECT_EQ(ZRAPPExtensionProc(full, &text, nullptr), 0);
+    EXPECT_EQ(ZRAPPExtensionProc(full, &page, nullptr), 0);
     EXPECT_EQ(ZRAPPExtensionProc(full, nullptr, &length), 0);
     EXPECT_EQ(length, 1u);
-}
-
-TEST(EntryPoint, MissingMethodReadsTheQuery)
-{
     // With slots 1 and 2 null the method is not read: "" is not "POST".
-    const char* block[] = {"debug.nsp?Command=Log&Message=no-method", nullptr, nullptr, "POST"};
-    uint32_t text = 0;
-    uint32_t length = 0;
+    const char* noMethod[] = {"debug.nsp?Command=Log&Message=no-method", nullptr, nullptr, "POST"};
     testing::internal::CaptureStdout();
-    EXPECT_EQ(ZRAPPExtensionProc(block, &text, &length), 0);
-    std::string console = testing::internal::GetCapturedStdout();
-    EXPECT_NE(console.find("] no-method\r\n"), std::string::npos);
+    EXPECT_EQ(ZRAPPExtensionProc(noMethod, &page, &length), 0);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("] no-method\r\n"), std::string::npos);
 }
 
 TEST(EntryPoint, BrokenEscapesAndEnormousURLs)
 {
     for (const char* url : {"%", "a%", "a%4", "%%%", "%zz.htm", "%G1%", "zrmedia://%"})
-    {
-        Answer a = get(url);
-        EXPECT_EQ(a.result, 1) << url;
-        EXPECT_EQ(a.page, "") << url;
-    }
+        EXPECT_EQ(get(url).result, 1) << url;
     std::string huge(8u << 20, 'a');
-    Answer a = get(huge + ".htm?" + std::string(1u << 20, 'q') + "#" + huge);
-    EXPECT_EQ(a.result, 1);
+    EXPECT_EQ(get(huge + ".htm?" + std::string(1u << 20, 'q') + "#" + huge).result, 1);
     std::string escapes;
     for (int i = 0; i < 1000000; ++i)
-        escapes += "%41";
-    a = get(escapes);
-    EXPECT_EQ(a.result, 1);
-}
-
-TEST(EntryPoint, PageStaysValidUntilTheNextCall)
-{
-    putContent("first.htm", "first page");
-    putContent("second.htm", "second");
-    const char* block1[] = {"first.htm", "", "", "GET"};
-    const char* block2[] = {"second.htm", "", "", "GET"};
-    uint32_t text1 = 0, length1 = 0, text2 = 0, length2 = 0;
-    ZRAPPExtensionProc(block1, &text1, &length1);
-    const char* page1 = reinterpret_cast<const char*>(static_cast<uintptr_t>(text1));
-    EXPECT_EQ(std::string(page1, length1), "first page");
-    // Reading it again after unrelated work is fine (nothing else touches it).
-    EXPECT_EQ(std::string(page1, length1), "first page");
-    ZRAPPExtensionProc(block2, &text2, &length2);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(static_cast<uintptr_t>(text2)), length2),
-              "second");
+        escapes += "%41+";
+    putContent("big.htm", "big");
+    EXPECT_EQ(get(escapes + "?" + escapes).result, 1);
+    EXPECT_EQ(get("big.htm?" + escapes + "?" + escapes).page, "big");
 }
 
 namespace
@@ -275,7 +275,7 @@ TEST(EntryPoint, ExceptionsNeverReachTheHost)
     EXPECT_EQ(a.result, 1);
     EXPECT_EQ(a.page, "");
     a = get("after.htm");
+    Testing::SetRouteHook(nullptr);
     EXPECT_EQ(a.result, 0);
     EXPECT_EQ(a.page, "after");
-    Testing::SetRouteHook(nullptr);
 }

@@ -1,19 +1,18 @@
 #include "TestSupport.h"
-#include "pages/CorvaneRom.h"
+#include "pages/CorvaneServer.h"
 
 #include "common/GlobalStaticAllocator.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,7 +24,6 @@
 // TIDEWELL_SOAK_REQUESTS sets the length (100000 for the long form).
 
 using TestSupport::contentFolder;
-using TestSupport::get;
 
 namespace
 {
@@ -40,116 +38,49 @@ const int kRoundsPerCopy = 50;
 struct Figures
 {
     long residentKiB = 0;
-    int descriptors = 0;
-    int threads = 0;
+    long threads = 0;
+    long descriptors = 0;
     unsigned long poolFree = 0;
 };
 
-long statusValue(const char* key)
+long statusValue(const std::string& key)
 {
     std::ifstream status("/proc/self/status");
-    std::string line;
-    const std::string wanted = std::string(key) + ":";
-    while (std::getline(status, line))
-        if (line.compare(0, wanted.size(), wanted) == 0)
-            return std::atol(line.c_str() + wanted.size());
+    for (std::string line; std::getline(status, line);)
+        if (line.compare(0, key.size() + 1, key + ":") == 0)
+            return std::atol(line.c_str() + key.size() + 1);
     return -1;
-}
-
-int openDescriptors()
-{
-    int count = 0;
-    if (DIR* folder = ::opendir("/proc/self/fd"))
-    {
-        while (dirent* entry = ::readdir(folder))
-            count += entry->d_name[0] != '.';
-        ::closedir(folder);
-    }
-    return count - 1; // the listing's own
-}
-
-Figures sample()
-{
-    Figures now;
-    now.residentKiB = statusValue("VmRSS");
-    now.descriptors = openDescriptors();
-    now.threads = static_cast<int>(statusValue("Threads"));
-    for (int segment = 0; segment < 10; ++segment)
-        now.poolFree += Common::GlobalStaticAllocator::getFreeSpace(segment);
-    return now;
 }
 
 // The figures once a finished copy's thread has gone: a joined thread can
 // still be leaving the process for a moment.
 Figures measure()
 {
-    Figures now = sample();
-    for (int tries = 0; tries < 100; ++tries)
+    Figures now, last;
+    for (int tries = 0; tries < 100 && (tries < 2 || now.threads != last.threads ||
+                                        now.descriptors != last.descriptors);
+         ++tries)
     {
         ::usleep(20000);
-        Figures again = sample();
-        if (again.threads == now.threads && again.descriptors == now.descriptors)
-            break;
-        now = again;
+        last = now;
+        now.residentKiB = statusValue("VmRSS");
+        now.threads = statusValue("Threads");
+        now.descriptors = std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                                        std::filesystem::directory_iterator());
+        now.poolFree = 0;
+        for (int segment = 0; segment < 10; ++segment)
+            now.poolFree += Common::GlobalStaticAllocator::getFreeSpace(segment);
     }
+    std::printf("soak RSS %ld KiB, %ld descriptors, %ld threads, pool free %lu bytes\n",
+                now.residentKiB, now.descriptors, now.threads, now.poolFree);
     return now;
 }
 
-void print(const char* when, const Figures& figures)
+// The requests of one round in the folder `f`, in the order a UI might make
+// them; the rarer ones come every few rounds.
+std::vector<std::string> round(const std::string& f, int number)
 {
-    std::printf("soak %-8s RSS %ld KiB, %d descriptors, %d threads, pool free %lu bytes\n", when,
-                figures.residentKiB, figures.descriptors, figures.threads, figures.poolFree);
-}
-
-int requestCount()
-{
-    const char* text = std::getenv("TIDEWELL_SOAK_REQUESTS");
-    const int asked = text != nullptr ? std::atoi(text) : 0;
-    return asked > kWarmUpRequests ? asked : kDefaultRequests;
-}
-
-void describe(Sim::Machine& machine)
-{
-    machine.installSmbios(Sim::SmbiosBuilder()
-                              .bios("Velmar", "VQ14", "05/05/2011")
-                              .system("Velmar", "Corvane 2U", "CZ2113ABCD")
-                              .memoryDevice(8192)
-                              .systemId("ZR0A0725"));
-    addCorvaneRom(machine);
-    machine.installIplTable({{2, {0, 31, 2}, "SATA disk"}, {3, {0, 31, 2}, "CD drive"},
-                             {128, {2, 0, 0}, "Network boot"}});
-    machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);
-    machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A22, 0x01, 0x06);
-    machine.addFunction({2, 0, 0}, 0x14E4, 0x1639, 0x02, 0x00);
-    machine.addDisk({{3, 0, 0}, "strata!c0d0", 146778685440});
-    machine.addDisk({{0, 0x1F, 2}, "sda", 500107862016, false, true});
-}
-
-// The files the requests read and write, in a folder of their own under the
-// content folder.
-struct Scene
-{
-    std::string folder = contentFolder() + "soak";
-    std::string url = "zrmedia://Tidewell/";
-
-    Scene()
-    {
-        TestSupport::putContent("cfg/allboards.xml",
-                                "<AllBoards><PCI><dev id=\"103C323A0E113245\">"
-                                "<name>Stratum Array R4e</name></dev></PCI></AllBoards>");
-        TestSupport::putContent("soak/style.css", "body { margin: 0 }\n");
-        TestSupport::putContent("soak/part.htm", "<p>part</p>");
-        TestSupport::putContent("soak/page.htm", "<html><?include \"part.htm\"?></html>");
-        TestSupport::putContent("soak/source/a.txt", std::string(3000, 'a'));
-        TestSupport::putContent("soak/source/sub/b.txt", std::string(5000, 'b'));
-    }
-};
-
-// The requests of one round, in the order a UI might make them; the rarer
-// ones come every few rounds.
-std::vector<std::string> round(const Scene& scene, int number)
-{
-    const std::string& f = scene.folder;
+    const std::string n = std::to_string(number);
     std::vector<std::string> urls = {
         "index.nsp",
         "hardware.nsp?Command=Query",
@@ -157,8 +88,7 @@ std::vector<std::string> round(const Scene& scene, int number)
         "system.nsp?Command=FileExists&Target=" + f + "/style.css",
         "system.nsp?Command=DirectoryExists&Target=" + f,
         "system.nsp?Command=CreateDirectory&DirectoryName=" + f + "/made",
-        "system.nsp?Command=CreateFile&Filename=" + f + "/made/note.txt&Contents=round+" +
-            std::to_string(number),
+        "system.nsp?Command=CreateFile&Filename=" + f + "/made/note.txt&Contents=round+" + n,
         "system.nsp?Command=ReadFile&Filename=" + f + "/made/note.txt",
         "setbootorder.nsp?Command=Query",
         "setbootorder.nsp?Command=Perform&Order=" + std::string(number % 2 ? "cdrom" : "hd") +
@@ -175,7 +105,7 @@ std::vector<std::string> round(const Scene& scene, int number)
         "system.nsp?Command=Copy&Source=" + f + "/source/a.txt&Destination=" + f + "/made/a.txt",
     };
     if (number % 10 == 3)
-        urls.push_back("debug.nsp?Command=Log&Message=round+" + std::to_string(number));
+        urls.push_back("debug.nsp?Command=Log&Message=round+" + n);
     if (number % 5 == 0)
         urls.push_back("allstorage.nsp?Command=Create&AllBoardsXML=" + contentFolder() +
                        "cfg/allboards.xml&AllStorageXML=" + f + "/allstorage.xml");
@@ -187,79 +117,67 @@ std::vector<std::string> round(const Scene& scene, int number)
         urls.push_back("reboot.nsp?Command=Perform&Target=Default&ColdBoot=No");
     return urls;
 }
-
-// A background copy, started now and then and polled, as the copy page
-// polls it, until it reports its end; then polls of the forgotten key.
-class BackgroundCopy
-{
-public:
-    explicit BackgroundCopy(const Scene& scene) : m_scene(scene) {}
-
-    std::string start()
-    {
-        const std::string& f = m_scene.folder;
-        m_running = true;
-        return "system.nsp?Command=CopyThread&Key=soak&Source=" + f + "/source&Destination=" + f +
-               "/copy" + std::to_string(m_copies++ % 2);
-    }
-    std::string poll() const { return "system.nsp?Command=CopyThreadProgress&Key=soak"; }
-    // The answer to the last request of next().
-    void answered(const std::string& page)
-    {
-        if (page.find("\"ReturnCode\":\"0\",\"TotalFiles\"") != std::string::npos ||
-            page == "{\"ErrorCode\":1}")
-            m_running = false;
-    }
-    bool running() const { return m_running; }
-
-private:
-    const Scene& m_scene;
-    bool m_running = false;
-    int m_copies = 0;
-};
 } // namespace
 
 TEST(Soak, MixedRequestsLeaveMemoryDescriptorsThreadsAndPoolAsAfterWarmUp)
 {
     Sim::Machine machine;
-    describe(machine);
-    const int total = requestCount();
+    machine.installSmbios(corvaneTables());
+    addCorvaneRom(machine);
+    machine.installIplTable({{2, {0, 31, 2}, "SATA disk"},
+                             {3, {0, 31, 2}, "CD drive"},
+                             {128, {2, 0, 0}, "Network boot"}});
+    addStorage(machine);
+    machine.addFunction({2, 0, 0}, 0x14E4, 0x1639, 0x02, 0x00);
+    const char* asked = std::getenv("TIDEWELL_SOAK_REQUESTS");
+    const int total =
+        asked && std::atoi(asked) > kWarmUpRequests ? std::atoi(asked) : kDefaultRequests;
     onSimulatedServer(
         machine,
         [total](Sim::Machine&)
         {
-            Scene scene;
-            BackgroundCopy copy(scene);
-            int made = 0;
-            int failed = 0;
-            int roundNumber = 0;
+            const std::string f = contentFolder() + "soak";
+            TestSupport::putContent("cfg/allboards.xml", kAllBoards);
+            TestSupport::putContent("soak/style.css", "body { margin: 0 }\n");
+            TestSupport::putContent("soak/part.htm", "<p>part</p>");
+            TestSupport::putContent("soak/page.htm", "<html><?include \"part.htm\"?></html>");
+            TestSupport::putContent("soak/source/a.txt", std::string(3000, 'a'));
+            TestSupport::putContent("soak/source/sub/b.txt", std::string(5000, 'b'));
+            int made = 0, failed = 0, warmMade = 0;
             Figures warm;
-            int warmMade = 0;
             std::chrono::steady_clock::time_point warmAt;
+            // A background copy, started now and then and polled, as the copy
+            // page polls it, until it reports its end (its key is then forgotten).
+            bool copying = false;
             auto request = [&](const std::string& url)
             {
-                TestSupport::Answer answer = get(scene.url + url);
+                TestSupport::Answer answer = TestSupport::get("zrmedia://Tidewell/" + url);
                 failed += answer.result != 0;
                 ++made;
                 return answer.page;
             };
-            auto finishCopy = [&]
+            auto poll = [&]
             {
-                while (copy.running())
-                    copy.answered(request(copy.poll()));
+                const std::string page = request("system.nsp?Command=CopyThreadProgress&Key=soak");
+                if (page.find("\"ReturnCode\":\"0\",\"TotalFiles\"") != std::string::npos ||
+                    page == "{\"ErrorCode\":1}")
+                    copying = false;
             };
-            while (made < total)
+            for (int number = 0; made < total; ++number)
             {
-                if (roundNumber % kRoundsPerCopy == 0)
-                    copy.answered(request(copy.start()));
-                for (const std::string& url : round(scene, roundNumber))
+                if (number % kRoundsPerCopy == 0)
+                {
+                    request("system.nsp?Command=CopyThread&Key=soak&Source=" + f +
+                            "/source&Destination=" + f + "/copy" + std::to_string(number % 2));
+                    copying = true;
+                }
+                for (const std::string& url : round(f, number))
                     request(url);
-                copy.answered(request(copy.poll()));
+                poll();
                 // No copy is in flight when the figures are taken.
-                if (roundNumber++ % kRoundsPerCopy == kRoundsPerCopy - 1 || made >= total)
-                    finishCopy();
-                if (warmAt == std::chrono::steady_clock::time_point() && made >= kWarmUpRequests &&
-                    !copy.running())
+                while (copying && (number % kRoundsPerCopy == kRoundsPerCopy - 1 || made >= total))
+                    poll();
+                if (warmMade == 0 && made >= kWarmUpRequests && !copying)
                 {
                     warm = measure();
                     warmAt = std::chrono::steady_clock::now();
@@ -271,9 +189,6 @@ TEST(Soak, MixedRequestsLeaveMemoryDescriptorsThreadsAndPoolAsAfterWarmUp)
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - warmAt).count();
             std::printf("soak %d requests (%d after warm-up) at %.0f requests per second\n", made,
                         made - warmMade, (made - warmMade) / seconds);
-            print("warm-up", warm);
-            print("end", end);
-
             EXPECT_EQ(0, failed);
 #ifndef __SANITIZE_ADDRESS__
             // Under AddressSanitizer freed memory waits in its quarantine, so
@@ -287,4 +202,3 @@ TEST(Soak, MixedRequestsLeaveMemoryDescriptorsThreadsAndPoolAsAfterWarmUp)
         },
         60 + total / 100);
 }
-

@@ -1,5 +1,5 @@
 #include "TestSupport.h"
-#include "pages/PageRunner.h"
+#include "pages/CorvaneServer.h"
 
 #include "extension/BackgroundThread.h"
 #include "tests/support/SimulatedServer.h"
@@ -24,37 +24,25 @@ namespace
 const int kRounds = 24;
 const Sim::PciLocation kNvram = {0, 5, 0};
 
-void describe(Sim::Machine& machine)
-{
-    machine.installSmbios(Sim::SmbiosBuilder()
-                              .bios("Velmar", "VQ14", "05/05/2011")
-                              .system("Velmar", "Corvane 2U", "CZ2113ABCD")
-                              .systemId("ZR0A0725"));
-    machine.addManagementController();
-    machine.addNvramController(kNvram);
-    machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);
-    machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A22, 0x01, 0x06);
-    machine.addDisk({{3, 0, 0}, "strata!c0d0", 146778685440});
-    machine.addDisk({{0, 0x1F, 2}, "sda", 500107862016, false, true});
-}
-
 std::size_t deviceIdRequests(Sim::Machine& machine)
 {
     const auto& requests = machine.managementController()->requests();
-    return std::count_if(requests.begin(), requests.end(), [](const Sim::IpmiRequest& request)
+    return std::count_if(requests.begin(), requests.end(),
+                         [](const Sim::IpmiRequest& request)
                          { return request.netfn == 0x06 && request.cmd == 0x01; });
 }
 } // namespace
 
 TEST(StartUpRace, JobAndRequestsAskTheHardwareTogetherInEveryFreshProcess)
 {
-    TestSupport::putContent("cfg/allboards.xml",
-                            "<AllBoards><PCI><dev id=\"103C323A0E113245\">"
-                            "<name>Stratum Array R4e</name></dev></PCI></AllBoards>");
+    TestSupport::putContent("cfg/allboards.xml", kAllBoards);
     for (int round = 0; round < kRounds; ++round)
     {
         Sim::Machine machine;
-        describe(machine);
+        machine.installSmbios(corvaneTables());
+        machine.addManagementController();
+        machine.addNvramController(kNvram);
+        addStorage(machine);
         onSimulatedServer(
             machine,
             [round](Sim::Machine& machine)
@@ -97,7 +85,8 @@ TEST(StartUpRace, JobAndRequestsAskTheHardwareTogetherInEveryFreshProcess)
                 EXPECT_EQ("{\"ErrorCode\":0,\"Target\":\"Default\",\"ColdBoot\":\"Yes\"}", restart);
                 // One probe of the management processor serves every asker.
                 EXPECT_EQ(1u, deviceIdRequests(machine));
-                const std::string saved = TestSupport::readFile(contentFolder() + "cfg/allstorage.xml");
+                const std::string saved =
+                    TestSupport::readFile(contentFolder() + "cfg/allstorage.xml");
                 EXPECT_NE(std::string::npos, saved.find("Name=\"Stratum Array R4e\""));
                 EXPECT_NE(std::string::npos, saved.find("DeviceNode=\"/dev/sda\""));
                 EXPECT_FALSE(dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kNvram))

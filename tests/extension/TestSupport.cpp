@@ -6,10 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <filesystem>
+#include <memory>
 
 #ifdef __SANITIZE_ADDRESS__
 // A 32-bit process has little address space beside AddressSanitizer's
@@ -24,66 +22,11 @@ extern "C" const char* __asan_default_options()
 namespace TestSupport
 {
 
-TempDir::TempDir(const char* tag)
-{
-    const char* tmp = std::getenv("TMPDIR");
-    std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/" + tag + "-XXXXXX";
-    if (::mkdtemp(&pattern[0]) == nullptr)
-        std::abort();
-    m_path = pattern;
-}
-
-TempDir::~TempDir()
-{
-    std::string command = "rm -rf '" + m_path + "'";
-    if (std::system(command.c_str()) != 0)
-        std::fprintf(stderr, "could not remove %s\n", m_path.c_str());
-}
-
-void writeFile(const std::string& path, const std::string& bytes)
-{
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
-    if (!out)
-        ADD_FAILURE() << "cannot write " << path;
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-bool exists(const std::string& path)
-{
-    struct stat info;
-    return ::stat(path.c_str(), &info) == 0;
-}
-
-void makeDirectories(const std::string& path)
-{
-    for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1))
-        ::mkdir(path.substr(0, slash).c_str(), 0755);
-    ::mkdir(path.c_str(), 0755);
-}
-
 namespace
 {
-struct Folders
-{
-    TempDir* host = nullptr;
-    TempDir* content = nullptr;
-    std::string contentWithSlash;
-};
-
-Folders& folders()
-{
-    static Folders instance;
-    return instance;
-}
+std::unique_ptr<TempDir> g_host;
+std::unique_ptr<TempDir> g_content;
+std::string g_contentWithSlash;
 
 // The first request starts the start-up job, which reaches the hardware: in
 // these tests it meets an empty simulated server, never the real machine.
@@ -102,26 +45,23 @@ public:
     void SetUp() override
     {
         emptyServer().install();
-        Folders& f = folders();
-        f.host = new TempDir("tidewell-host");
-        f.content = new TempDir("tidewell-content");
-        f.contentWithSlash = f.content->path() + "/";
-        writeFile(f.host->file("TIDEWELL.XML"),
+        g_host.reset(new TempDir("tidewell-host"));
+        g_content.reset(new TempDir("tidewell-content"));
+        g_contentWithSlash = g_content->path() + "/";
+        writeFile(g_host->file("TIDEWELL.XML"),
                   "<?xml version=\"1.0\"?>\n<TIDEWELL>\n"
                   "  <ExtensionModule value=\"C:\\tidewell\\libtidewell.so\"/>\n"
                   "  <WorkingDir value=\"" +
-                      f.host->path() +
+                      g_host->path() +
                       "\"/>\n"
                       "  <UrlBase value=\"" +
-                      f.contentWithSlash + "\"/>\n</TIDEWELL>\n");
-        ::setenv("_", f.host->file("iexplore").c_str(), 1);
+                      g_contentWithSlash + "\"/>\n</TIDEWELL>\n");
+        ::setenv("_", g_host->file("iexplore").c_str(), 1);
     }
     void TearDown() override
     {
-        Folders& f = folders();
-        delete f.content;
-        delete f.host;
-        f.content = f.host = nullptr;
+        g_content.reset();
+        g_host.reset();
     }
 };
 
@@ -131,20 +71,19 @@ public:
 
 const std::string& hostFolder()
 {
-    return folders().host->path();
+    return g_host->path();
 }
 
 const std::string& contentFolder()
 {
-    return folders().contentWithSlash;
+    return g_contentWithSlash;
 }
 
 void putContent(const std::string& name, const std::string& bytes)
 {
-    std::string path = contentFolder() + name;
-    size_t slash = path.rfind('/');
-    makeDirectories(path.substr(0, slash));
-    writeFile(path, bytes);
+    std::filesystem::path path = contentFolder() + name;
+    std::filesystem::create_directories(path.parent_path());
+    EXPECT_TRUE(writeFile(path.string(), bytes)) << path;
 }
 
 Answer get(const std::string& url, const std::string& method)

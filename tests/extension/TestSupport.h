@@ -3,14 +3,14 @@
 // Shared helpers of the engine's unit tests.
 //
 // The entry point reads its configuration once per process, through the
-// host path in the environment variable "_". A global test
-// environment therefore sets up, before any test runs, a host folder with
-// TIDEWELL.XML and "_" = <host folder>/iexplore, and a content folder that
-// the configuration names. Tests put the files they need into that content
+// host path in the environment variable "_". A global test environment
+// therefore sets up, before any test runs, a host folder with TIDEWELL.XML
+// and "_" = <host folder>/iexplore, and a content folder that the
+// configuration names. Tests put the files they need into that content
 // folder (each under names of its own) and request them through the entry
 // point. ctest runs each test in a process of its own, which the tests on
-// simulated servers need (below); the others also pass when the whole program
-// runs at once, since every test uses names of its own.
+// simulated servers need (below); the others also pass when the whole
+// program runs at once, since every test uses names of its own.
 //
 // The hardware: the environment selects an empty simulated server for the
 // process, which the start-up job of the first request then uses. A
@@ -19,30 +19,13 @@
 // reached the hardware yet: such tests make no request in the parent, and
 // need a process in which no earlier test made one.
 
+#include "tests/support/PageRun.h"
+#include "tests/support/TempDir.h"
+
 #include <string>
 
 namespace TestSupport
 {
-
-// A fresh folder, removed with everything in it at the end of its life.
-class TempDir
-{
-public:
-    explicit TempDir(const char* tag = "tidewell-test");
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::string& path() const { return m_path; }
-    std::string file(const std::string& name) const { return m_path + "/" + name; }
-
-private:
-    std::string m_path;
-};
-
-void writeFile(const std::string& path, const std::string& bytes);
-std::string readFile(const std::string& path);
-bool exists(const std::string& path);
-void makeDirectories(const std::string& path);
 
 // The process's host and content folders (set up before the first test).
 const std::string& hostFolder();

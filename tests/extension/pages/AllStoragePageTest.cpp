@@ -1,12 +1,13 @@
 #include "../TestSupport.h"
-#include "PageRunner.h"
 
 #include "sim/RomServices.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <array>
+#include <filesystem>
+#include <iterator>
 #include <regex>
 #include <string>
 #include <vector>
@@ -19,20 +20,21 @@ namespace
 // Names with duplicates (the last wins, an entry without "name" is skipped),
 // a lower-case key, an empty name, entries outside the first "PCI" element
 // and elements that are not "dev".
-const char kNames[] = "<?xml version=\"1.0\"?>\n"
-                      "<AllBoards>\n"
-                      " <Other><dev id=\"1000003000000000\"><name>outside</name></dev></Other>\n"
-                      " <PCI>\n"
-                      "  <dev id=\"103C323A0E113245\"><name>First entry</name></dev>\n"
-                      "  <dev id=\"103C323A0E113245\"><name>Stratum Array R4e</name></dev>\n"
-                      "  <dev id=\"103C323A0E113245\"><label>no name</label></dev>\n"
-                      "  <dev id=\"107725320e113262\"><name>lower-case key</name></dev>\n"
-                      "  <dev id=\"80863A200E11330D\"><name></name></dev>\n"
-                      "  <item id=\"1000003000000000\"><name>not a dev</name></item>\n"
-                      "  <dev id=\"1000003000000000\"><name>Sample Ultra320 SCSI Controller</name></dev>\n"
-                      " </PCI>\n"
-                      " <PCI><dev id=\"107725320E113262\"><name>second PCI</name></dev></PCI>\n"
-                      "</AllBoards>\n";
+const char kNames[] =
+    "<?xml version=\"1.0\"?>\n"
+    "<AllBoards>\n"
+    " <Other><dev id=\"1000003000000000\"><name>outside</name></dev></Other>\n"
+    " <PCI>\n"
+    "  <dev id=\"103C323A0E113245\"><name>First entry</name></dev>\n"
+    "  <dev id=\"103C323A0E113245\"><name>Stratum Array R4e</name></dev>\n"
+    "  <dev id=\"103C323A0E113245\"><label>no name</label></dev>\n"
+    "  <dev id=\"107725320e113262\"><name>lower-case key</name></dev>\n"
+    "  <dev id=\"80863A200E11330D\"><name></name></dev>\n"
+    "  <item id=\"1000003000000000\"><name>not a dev</name></item>\n"
+    "  <dev id=\"1000003000000000\"><name>Sample Ultra320 SCSI Controller</name></dev>\n"
+    " </PCI>\n"
+    " <PCI><dev id=\"107725320E113262\"><name>second PCI</name></dev></PCI>\n"
+    "</AllBoards>\n";
 
 // The document that allstorage.nsp writes with `names` into a folder of its
 // own.
@@ -57,37 +59,18 @@ std::vector<std::string> controllerOrder(const std::string& document)
     return order;
 }
 
-int occurrences(const std::string& text, const std::string& what)
-{
-    int count = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-        ++count;
-    return count;
-}
-
-// One boot-controller record: the subsystem value stored byte-reversed, the
-// bus and the device/function byte.
-std::vector<std::uint8_t> record(std::uint8_t bus, std::uint8_t device, std::uint8_t function,
-                                 std::uint32_t subsystem)
-{
-    return {static_cast<std::uint8_t>(subsystem >> 24),
-            static_cast<std::uint8_t>(subsystem >> 16),
-            static_cast<std::uint8_t>(subsystem >> 8),
-            static_cast<std::uint8_t>(subsystem),
-            0xEE,
-            bus,
-            static_cast<std::uint8_t>(device << 3 | function),
-            0xEE};
-}
-
-// A Corvane ROM whose "RXHORD" holds `records` in order.
+// A Corvane ROM whose boot-controller list "RXHORD" holds `records` in
+// order: {bus, device << 3 | function, subsystem}, each stored as the
+// subsystem byte-reversed, a filler, the bus and the device/function byte.
 void addBootControllerList(Sim::Machine& machine,
-                           const std::vector<std::vector<std::uint8_t>>& records)
+                           std::initializer_list<std::array<std::uint32_t, 3>> records)
 {
     Sim::RomServices::addStandardRom(machine);
     std::vector<std::uint8_t> value;
-    for (const std::vector<std::uint8_t>& one : records)
-        value.insert(value.end(), one.begin(), one.end());
+    for (auto const& r : records)
+        for (std::uint32_t byte :
+             {r[2] >> 24, r[2] >> 16, r[2] >> 8, r[2], 0xEEu, r[0], r[1], 0xEEu})
+            value.push_back(static_cast<std::uint8_t>(byte));
     machine.environment().set("RXHORD", value);
 }
 
@@ -129,7 +112,8 @@ TEST(AllStoragePage, DocumentOfControllersNamesAndDisks)
         EXPECT_EQ(
             "<AllStorage PCIDeviceCount=\"4\">"
             "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"0\" Bus=\"00\" ClassCode=\"01\" "
-            "Device=\"00\" DeviceID=\"0030\" Function=\"00\" Index=\"0\" Name=\"Sample Ultra320 SCSI Controller\" "
+            "Device=\"00\" DeviceID=\"0030\" Function=\"00\" Index=\"0\" Name=\"Sample Ultra320 "
+            "SCSI Controller\" "
             "Slot=\"0\" SubClassCode=\"00\" SubsystemID=\"00000000\" VendorID=\"1000\"/>"
             "<PCIDevice BlockDeviceCount=\"0\" BootOrder=\"1\" Bus=\"00\" ClassCode=\"01\" "
             "Device=\"1F\" DeviceID=\"3A20\" Function=\"02\" Index=\"1\" Name=\"\" Slot=\"0\" "
@@ -153,11 +137,12 @@ TEST(AllStoragePage, DocumentOfControllersNamesAndDisks)
             "</AllStorage>",
             inventoryWith(kNames));
 
-        // A missing database (or one without "PCI") names every controller
-        // with the catch-all label.
+        // A database without "PCI" names every controller with the catch-all label.
         const std::string unnamed = inventoryWith("<AllBoards><Other/></AllBoards>");
+        const std::regex label("Name=\"Integrated PCI IDE Controller\"");
         EXPECT_EQ(4u, controllerOrder(unnamed).size());
-        EXPECT_EQ(4, occurrences(unnamed, "Name=\"Integrated PCI IDE Controller\""));
+        EXPECT_EQ(4, std::distance(std::sregex_iterator(unnamed.begin(), unnamed.end(), label),
+                                   std::sregex_iterator()));
     };
     onSimulatedServer(machine, check);
 }
@@ -174,7 +159,7 @@ TEST(AllStoragePage, EmptyMachineAndCommands)
         EXPECT_EQ("{\"ErrorCode\":1}", runPage("allstorage.nsp", "AllStorageXML=" + target));
         EXPECT_EQ("{\"ErrorCode\":1}",
                   runPage("allstorage.nsp", "Command=Query&AllStorageXML=" + target));
-        EXPECT_FALSE(TestSupport::exists(target));
+        EXPECT_FALSE(std::filesystem::exists(target));
 
         EXPECT_EQ("{\"ErrorCode\":0}",
                   runPage("allstorage.nsp", "command=CREATE&AllStorageXML=" + target));
@@ -186,35 +171,30 @@ TEST(AllStoragePage, EmptyMachineAndCommands)
     onSimulatedServer(empty, check);
 }
 
+// An IDE controller at 00:00.1 of servers 725 and 747 is looked up one
+// function lower, where the zeroed records (no environment variables) name
+// 00:00.0 with subsystem 0. Without a routing table every slot is 255, so
+// no IDE controller counts as embedded; equal ranks come out in the order
+// the sort leaves them.
 TEST(AllStoragePage, IDEControllersOfServers725And747AreLookedUpOneFunctionLower)
 {
-    // No routing table: every slot is 255, so no IDE controller counts as
-    // embedded. The zeroed records name 00:00.0 with subsystem 0, which is
-    // where an IDE controller at 00:00.1 is looked up on these two servers.
-    auto machineFor = [](const char* systemId)
-    {
-        auto machine = std::make_unique<Sim::Machine>();
-        machine->installSmbios(Sim::SmbiosBuilder().systemId(systemId));
-        machine->addFunction({0, 0, 1}, 0x8086, 0x7111, 0x01, 0x01);    // IDE
-        machine->addFunction({0, 0x1F, 2}, 0x8086, 0x2922, 0x01, 0x06); // SATA
-        machine->addFunction({0, 0x1F, 5}, 0x8086, 0x2926, 0x01, 0x06); // SATA
-        return machine;
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"ZR0A0725", {"00:00.01", "00:1F.05", "00:1F.02"}},
+        {"ZR0B0747", {"00:00.01", "00:1F.05", "00:1F.02"}},
+        {"ZR0A0726", {"00:1F.05", "00:1F.02", "00:00.01"}},
+        {"725", {"00:1F.05", "00:1F.02", "00:00.01"}},
     };
-    auto lookedUpLower = [](Sim::Machine&)
+    for (auto const& c : cases)
     {
-        const std::vector<std::string> expected = {"00:00.01", "00:1F.05", "00:1F.02"};
-        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
-    };
-    auto lookedUpAsItIs = [](Sim::Machine&)
-    {
-        // All unranked: three equal ranks come out in the sort's order.
-        const std::vector<std::string> expected = {"00:1F.05", "00:1F.02", "00:00.01"};
-        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
-    };
-    onSimulatedServer(*machineFor("ZR0A0725"), lookedUpLower);
-    onSimulatedServer(*machineFor("ZR0B0747"), lookedUpLower);
-    onSimulatedServer(*machineFor("ZR0A0726"), lookedUpAsItIs);
-    onSimulatedServer(*machineFor("725"), lookedUpAsItIs);
+        Sim::Machine machine;
+        machine.installSmbios(Sim::SmbiosBuilder().systemId(c.first));
+        machine.addFunction({0, 0, 1}, 0x8086, 0x7111, 0x01, 0x01);    // IDE
+        machine.addFunction({0, 0x1F, 2}, 0x8086, 0x2922, 0x01, 0x06); // SATA
+        machine.addFunction({0, 0x1F, 5}, 0x8086, 0x2926, 0x01, 0x06); // SATA
+        onSimulatedServer(
+            machine, [&c](Sim::Machine&)
+            { EXPECT_EQ(c.second, controllerOrder(inventoryWith(kNames))) << c.first; });
+    }
 }
 
 TEST(AllStoragePage, ControllersRankedByTheFirmwaresBootControllerList)
@@ -230,12 +210,12 @@ TEST(AllStoragePage, ControllersRankedByTheFirmwaresBootControllerList)
     machine.addFunction({5, 0, 0}, 0x1000, 0x0072, 0x01, 0x07).subsystem(0x1028, 0x1F1C);
     machine.addFunction({6, 0, 0}, 0x8086, 0x2922, 0x01, 0x06);
     addBootControllerList(machine, {
-                                       record(4, 0, 0, 0x0E113262),
-                                       record(3, 0, 0, 0x0E113245),
-                                       record(5, 0, 0, 0x1028FFFF),    // another subsystem
-                                       record(5, 0, 1, 0x10281F1C),    // another function
-                                       record(0, 0x1F, 2, 0x0E11330D), // never looked up
-                                       record(5, 0, 0, 0x10281F1C),
+                                       {4, 0 << 3 | 0, 0x0E113262},
+                                       {3, 0 << 3 | 0, 0x0E113245},
+                                       {5, 0 << 3 | 0, 0x1028FFFF},    // another subsystem
+                                       {5, 0 << 3 | 1, 0x10281F1C},    // another function
+                                       {0, 0x1F << 3 | 2, 0x0E11330D}, // never looked up
+                                       {5, 0 << 3 | 0, 0x10281F1C},
                                    });
     auto check = [](Sim::Machine&)
     {
@@ -253,29 +233,24 @@ TEST(AllStoragePage, ControllersRankedByTheFirmwaresBootControllerList)
     onSimulatedServer(machine, check);
 }
 
+// The boot-controller list names the IDE controller of a 747 one function
+// lower too.
 TEST(AllStoragePage, BootControllerListNamesIDEControllersOf747OneFunctionLower)
 {
-    // No routing table anywhere (slot 255): the IDE controller is looked up.
-    auto machineFor = [](const char* systemId)
-    {
-        auto machine = std::make_unique<Sim::Machine>();
-        machine->installSmbios(Sim::SmbiosBuilder().systemId(systemId));
-        machine->addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, 0x01).subsystem(0x0E11, 0x330D);
-        machine->addFunction({0, 0x1F, 5}, 0x8086, 0x3A26, 0x01, 0x06).subsystem(0x0E11, 0x330D);
-        addBootControllerList(*machine,
-                              {record(0, 0x1F, 1, 0x0E11330D), record(0, 0x1F, 5, 0x0E11330D)});
-        return machine;
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"ZR0B0747", {"00:1F.02", "00:1F.05"}},
+        {"ZR0A0726", {"00:1F.05", "00:1F.02"}},
     };
-    auto ranked = [](Sim::Machine&)
+    for (auto const& c : cases)
     {
-        const std::vector<std::string> expected = {"00:1F.02", "00:1F.05"};
-        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
-    };
-    auto unranked = [](Sim::Machine&)
-    {
-        const std::vector<std::string> expected = {"00:1F.05", "00:1F.02"};
-        EXPECT_EQ(expected, controllerOrder(inventoryWith(kNames)));
-    };
-    onSimulatedServer(*machineFor("ZR0B0747"), ranked);
-    onSimulatedServer(*machineFor("ZR0A0726"), unranked);
+        Sim::Machine machine;
+        machine.installSmbios(Sim::SmbiosBuilder().systemId(c.first));
+        machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, 0x01).subsystem(0x0E11, 0x330D);
+        machine.addFunction({0, 0x1F, 5}, 0x8086, 0x3A26, 0x01, 0x06).subsystem(0x0E11, 0x330D);
+        addBootControllerList(machine,
+                              {{0, 0x1F << 3 | 1, 0x0E11330D}, {0, 0x1F << 3 | 5, 0x0E11330D}});
+        onSimulatedServer(
+            machine, [&c](Sim::Machine&)
+            { EXPECT_EQ(c.second, controllerOrder(inventoryWith(kNames))) << c.first; });
+    }
 }

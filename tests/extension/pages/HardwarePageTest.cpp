@@ -1,4 +1,5 @@
-#include "PageRunner.h"
+#include "tests/support/IpmiLog.h"
+#include "tests/support/PageRun.h"
 
 #include "sim/RomServices.h"
 #include "tests/support/SimulatedServer.h"
@@ -11,19 +12,18 @@ using TestSupport::runPage;
 
 namespace
 {
-Sim::SmbiosBuilder fullTables()
+void fullTables(Sim::Machine& machine)
 {
-    Sim::SmbiosBuilder tables;
-    tables.bios("Velmar", "VQ14", "05/05/2011")
-        .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
-        .chassis("ASSET-0042")
-        .processor("Kestrel")
-        .memoryDevice(8192)
-        .memoryDevice(8192)
-        .memoryDevice(4, 0x09) // flash: not counted
-        .redundantRomDate("12/01/2010")
-        .systemId("ZR0A0725");
-    return tables;
+    machine.installSmbios(Sim::SmbiosBuilder()
+                              .bios("Velmar", "VQ14", "05/05/2011")
+                              .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
+                              .chassis("ASSET-0042")
+                              .processor("Kestrel")
+                              .memoryDevice(8192)
+                              .memoryDevice(8192)
+                              .memoryDevice(4, 0x09) // flash: not counted
+                              .redundantRomDate("12/01/2010")
+                              .systemId("ZR0A0725"));
 }
 
 std::string summary(const char* environmentVariables, const char* managementProcessor)
@@ -37,66 +37,50 @@ std::string summary(const char* environmentVariables, const char* managementProc
 }
 } // namespace
 
-TEST(HardwarePage, ServerWithEnvironmentVariablesDoesNotAskTheManagementProcessor)
+// The management processor is probed (Get Device ID) only on a server
+// without the ROM's environment variables; missing records answer "".
+TEST(HardwarePage, SummaryFromTheTablesAndWhichInterfacesTheServerOffers)
 {
-    Sim::Machine machine;
-    machine.installSmbios(fullTables());
-    Sim::RomServices::addStandardRom(machine);
-    machine.environment().set("RXHIPL", {1, 2, 3});
-    machine.addManagementController();
-    auto check = [](Sim::Machine& machine)
+    const std::string sparse =
+        "{\"ErrorCode\":0,\"EVSupport\":\"No\",\"WD100Support\":\"No\",\"ROMName\":\"P70\","
+        "\"ROMDate\":\"01/02/2012\",\"RedundantROMDate\":\"\",\"ProductName\":\"\",\"ServerID\":"
+        "\"\",\"SystemID\":\"725\",\"SerialNumber\":\"\",\"AssetTag\":\"\",\"TotalRAM\":\"0\"}";
+    const struct
     {
-        EXPECT_EQ(summary("Yes", "No"), runPage("hardware.nsp", "Command=Query"));
-        EXPECT_TRUE(machine.managementController()->requests().empty());
-        EXPECT_EQ("", runPage("hardware.nsp", "Command=Inventory"));
-        EXPECT_EQ("", runPage("hardware.nsp", ""));
+        bool rom, controller;
+        int tables; // none, full, sparse
+        std::string answer;
+        const char* probes;
+    } cases[] = {
+        {true, true, 1, summary("Yes", "No"), ""},
+        {false, true, 1, summary("No", "Yes"), "0601:"},
+        {false, false, 1, summary("No", "No"), ""},
+        {true, true, 0, "{\"ErrorCode\":1}", ""},
+        {false, false, 2, sparse, ""},
     };
-    onSimulatedServer(machine, check);
-}
-
-TEST(HardwarePage, ServerWithoutEnvironmentVariablesAsksTheManagementProcessor)
-{
-    Sim::Machine present;
-    present.installSmbios(fullTables());
-    present.addManagementController();
-    auto withProcessor = [](Sim::Machine& machine)
+    for (auto const& c : cases)
     {
-        EXPECT_EQ(summary("No", "Yes"), runPage("hardware.nsp", "command=query"));
-        ASSERT_FALSE(machine.managementController()->requests().empty());
-        EXPECT_EQ(0x06, machine.managementController()->requests()[0].netfn);
-        EXPECT_EQ(0x01, machine.managementController()->requests()[0].cmd);
-    };
-    onSimulatedServer(present, withProcessor);
-
-    Sim::Machine absent;
-    absent.installSmbios(fullTables());
-    auto withoutProcessor = [](Sim::Machine&)
-    { EXPECT_EQ(summary("No", "No"), runPage("hardware.nsp", "Command=Query")); };
-    onSimulatedServer(absent, withoutProcessor);
-
-    // Records that are missing answer "".
-    Sim::Machine sparse;
-    sparse.installSmbios(Sim::SmbiosBuilder().bios("Velmar", "P70", "01/02/2012").systemId("725"));
-    auto missingRecords = [](Sim::Machine&)
-    {
-        EXPECT_EQ("{\"ErrorCode\":0,\"EVSupport\":\"No\",\"WD100Support\":\"No\","
-                  "\"ROMName\":\"P70\",\"ROMDate\":\"01/02/2012\",\"RedundantROMDate\":\"\","
-                  "\"ProductName\":\"\",\"ServerID\":\"\",\"SystemID\":\"725\","
-                  "\"SerialNumber\":\"\",\"AssetTag\":\"\",\"TotalRAM\":\"0\"}",
-                  runPage("hardware.nsp", "Command=Query"));
-    };
-    onSimulatedServer(sparse, missingRecords);
-}
-
-TEST(HardwarePage, WithoutSmbiosEveryCommandFails)
-{
-    Sim::Machine machine;
-    Sim::RomServices::addStandardRom(machine);
-    machine.addManagementController();
-    auto check = [](Sim::Machine&)
-    {
-        EXPECT_EQ("{\"ErrorCode\":1}", runPage("hardware.nsp", "Command=Query"));
-        EXPECT_EQ("{\"ErrorCode\":1}", runPage("hardware.nsp", "Command=Inventory"));
-    };
-    onSimulatedServer(machine, check);
+        Sim::Machine machine;
+        if (c.rom)
+        {
+            Sim::RomServices::addStandardRom(machine);
+            machine.environment().set("RXHIPL", {1, 2, 3});
+        }
+        if (c.controller)
+            machine.addManagementController();
+        if (c.tables == 1)
+            fullTables(machine);
+        else if (c.tables == 2)
+            machine.installSmbios(
+                Sim::SmbiosBuilder().bios("Velmar", "P70", "01/02/2012").systemId("725"));
+        onSimulatedServer(machine,
+                          [&c](Sim::Machine& machine)
+                          {
+                              EXPECT_EQ(c.answer, runPage("hardware.nsp", "command=query"));
+                              EXPECT_EQ(c.probes,
+                                        c.controller ? ipmiLog(machine, 0, "0601") : std::string());
+                              EXPECT_EQ(c.tables ? "" : "{\"ErrorCode\":1}",
+                                        runPage("hardware.nsp", "Command=Inventory"));
+                          });
+    }
 }

@@ -1,25 +1,22 @@
-#include "PageRun.h"
-
-#include "CorvaneRom.h"
+#include "CorvaneServer.h"
+#include "tests/support/IpmiLog.h"
+#include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <string>
 #include <vector>
 
+using TestSupport::runPage;
+
 namespace
 {
+typedef std::vector<std::uint8_t> Bytes;
 const Sim::PciLocation kController = {0, 5, 0};
-const int kRebootMagic = static_cast<int>(0xFEE1DEAD);
 
-const char kChoices[] =
-    "{\"ErrorCode\":0,\"Target\":[{\"Name\":\"Default\",\"Value\":\"Default\"},{\"Name\":\"A:\","
-    "\"Value\":\"A\"},{\"Name\":\"C:\",\"Value\":\"C\"},{\"Name\":\"CD\",\"Value\":\"CD\"},{"
-    "\"Name\":\"PXE\",\"Value\":\"PXE\"},{\"Name\":\"FSET\",\"Value\":\"FSET\"}],\"ColdBoot\":[{"
-    "\"Name\":\"Yes\",\"Value\":\"Yes\"},{\"Name\":\"No\",\"Value\":\"No\"}]}";
-
-std::string reboot(const std::string& query)
+std::string restarted(const std::string& target, const std::string& coldBoot, int code = 0)
 {
-    return runPage("reboot.nsp", query);
+    return "{\"ErrorCode\":" + std::to_string(code) + ",\"Target\":\"" + target +
+           "\",\"ColdBoot\":\"" + coldBoot + "\"}";
 }
 
 Sim::NvramController& controllerOf(Sim::Machine& machine)
@@ -39,55 +36,50 @@ std::vector<Sim::RegisterWrite> writesAfterProbe(Sim::Machine& machine)
                                            all.end());
 }
 
-void expectOneRestart(Sim::Machine& machine)
+// The restarts so far are all the reboot call with the restart command.
+void expectRestarts(Sim::Machine& machine, std::size_t count)
 {
-    ASSERT_EQ(1u, machine.reboots().size());
-    EXPECT_EQ(kRebootMagic, machine.reboots()[0].magic);
-    EXPECT_EQ(0x28121969, machine.reboots()[0].magic2);
-    EXPECT_EQ(0x01234567, machine.reboots()[0].command);
+    ASSERT_EQ(count, machine.reboots().size());
+    for (auto const& reboot : machine.reboots())
+        EXPECT_TRUE(reboot.magic == static_cast<int>(0xFEE1DEAD) && reboot.magic2 == 0x28121969 &&
+                    reboot.command == 0x01234567);
 }
 } // namespace
 
-TEST(RebootPage, QueryListsTheChoicesAndRestartsNothing)
-{
-    Sim::Machine machine;
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ(kChoices, reboot("Command=Query"));
-                          EXPECT_EQ(kChoices, reboot("command=QUERY"));
-                          EXPECT_EQ("", reboot("Command=Restart"));
-                          EXPECT_EQ("", reboot(""));
-                          EXPECT_TRUE(machine.reboots().empty());
-                      });
-}
-
-TEST(RebootPage, InvalidChoicesStillRestartAndAnswerOnlyWhenTheRestartFails)
+// The simulated reboot call returns, as a failed one would: only then does
+// the page answer, with the choices and a code for the invalid ones.
+TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsEvenWithInvalidChoices)
 {
     Sim::Machine machine;
     machine.addNvramController(kController);
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          // The simulated reboot call returns, as a failed one would.
-                          EXPECT_EQ("{\"ErrorCode\":0,\"Target\":\"default\",\"ColdBoot\":\"no\"}",
-                                    reboot("Command=Perform&Target=default&ColdBoot=no"));
-                          expectOneRestart(machine);
-                          EXPECT_EQ(0u, machine.reboots()[0].at) << "no wait without a cold boot";
-                          EXPECT_TRUE(writesAfterProbe(machine).empty());
-
-                          EXPECT_EQ("{\"ErrorCode\":2,\"Target\":\"B\",\"ColdBoot\":\"No\"}",
-                                    reboot("Command=Perform&Target=B&ColdBoot=No"));
-                          EXPECT_EQ(2u, machine.reboots().size());
-                          EXPECT_EQ("{\"ErrorCode\":3,\"Target\":\"C\",\"ColdBoot\":\"\"}",
-                                    reboot("Command=Perform&Target=C"));
-                          EXPECT_EQ("{\"ErrorCode\":3,\"Target\":\"\",\"ColdBoot\":\"Maybe\"}",
-                                    reboot("Command=Perform&ColdBoot=Maybe"));
-                          EXPECT_EQ(4u, machine.reboots().size());
-                          EXPECT_TRUE(writesAfterProbe(machine).empty());
-                      });
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine& machine)
+        {
+            const std::string choices =
+                "{\"ErrorCode\":0,\"Target\":[{\"Name\":\"Default\",\"Value\":\"Default\"},"
+                "{\"Name\":\"A:\",\"Value\":\"A\"},{\"Name\":\"C:\",\"Value\":\"C\"},"
+                "{\"Name\":\"CD\",\"Value\":\"CD\"},{\"Name\":\"PXE\",\"Value\":\"PXE\"},"
+                "{\"Name\":\"FSET\",\"Value\":\"FSET\"}],\"ColdBoot\":[{\"Name\":\"Yes\","
+                "\"Value\":\"Yes\"},{\"Name\":\"No\",\"Value\":\"No\"}]}";
+            EXPECT_EQ(choices, runPage("reboot.nsp", "command=QUERY"));
+            EXPECT_EQ("", runPage("reboot.nsp", "Command=Restart"));
+            expectRestarts(machine, 0);
+            EXPECT_EQ(restarted("default", "no"),
+                      runPage("reboot.nsp", "Command=Perform&Target=default&ColdBoot=no"));
+            EXPECT_EQ(0u, machine.reboots()[0].at) << "no wait without a cold boot";
+            EXPECT_EQ(restarted("B", "No", 2),
+                      runPage("reboot.nsp", "Command=Perform&Target=B&ColdBoot=No"));
+            EXPECT_EQ(restarted("C", "", 3), runPage("reboot.nsp", "Command=Perform&Target=C"));
+            EXPECT_EQ(restarted("", "Maybe", 3),
+                      runPage("reboot.nsp", "Command=Perform&ColdBoot=Maybe"));
+            expectRestarts(machine, 4);
+            EXPECT_TRUE(writesAfterProbe(machine).empty());
+        });
 }
 
+// A cold boot: the NVRAM registers, two seconds, then the restart; nothing
+// is answered before it, and the semaphore is free at the restart.
 TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
 {
     Sim::Machine machine;
@@ -103,7 +95,7 @@ TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
                 [&]
                 {
                     atRestart = true;
-                    EXPECT_EQ(0u, buffer.size()) << "nothing answered before the restart";
+                    EXPECT_EQ(0u, buffer.size());
                     EXPECT_FALSE(controllerOf(machine).semaphoreHeld());
                     std::vector<Sim::RegisterWrite> sequence = {{0xA6, 2, 2},    {0xA6, 2, 2},
                                                                 {0x94, 1, 0x45}, {0xE1, 1, 0},
@@ -112,10 +104,9 @@ TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
                 });
             nsp.Execute("GET", "reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
             EXPECT_TRUE(atRestart);
-            expectOneRestart(machine);
+            expectRestarts(machine, 1);
             EXPECT_EQ(2000000u, machine.reboots()[0].at);
-            EXPECT_EQ("{\"ErrorCode\":0,\"Target\":\"Default\",\"ColdBoot\":\"Yes\"}",
-                      std::string(buffer.c_str()));
+            EXPECT_EQ(restarted("Default", "Yes"), std::string(buffer.c_str()));
         });
 
     // A control register that never reads back what was written does not
@@ -125,13 +116,67 @@ TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
     onSimulatedServer(stuck,
                       [](Sim::Machine& machine)
                       {
-                          reboot("Command=Perform&Target=Default&ColdBoot=Yes");
-                          expectOneRestart(machine);
+                          runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
+                          expectRestarts(machine, 1);
                           EXPECT_FALSE(controllerOf(machine).semaphoreHeld());
                       });
 }
 
-TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
+// With the ROM's variables the target goes to "RXTBT1"; without them, to a
+// one-time boot override and a chassis reset over IPMI.
+TEST(RebootPage, TargetThroughTheROMVariableOrTheManagementController)
+{
+    const struct
+    {
+        const char* target;
+        Bytes code;
+        const char* sent; // boot flags valid for the next boot only, chassis reset
+    } kTargets[] = {{"A", {1, 0}, "0008:05803C00*3 0002:03"},
+                    {"C", {3, 0}, "0008:05800800*3 0002:03"},
+                    {"cd", {2, 0}, "0008:05801400*3 0002:03"},
+                    {"PXE", {64, 0}, "0008:05800400*3 0002:03"},
+                    {"FSET", {48, 0}, "0008:05801800*3 0002:03"}};
+    Sim::Machine rom;
+    addCorvaneRom(rom);
+    rom.addManagementController();
+    rom.addNvramController(kController);
+    onSimulatedServer(
+        rom,
+        [&kTargets](Sim::Machine& machine)
+        {
+            runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=No");
+            EXPECT_FALSE(machine.environment().value("RXTBT1").has_value());
+            for (auto const& t : kTargets)
+            {
+                EXPECT_EQ(restarted(t.target, "No"),
+                          runPage("reboot.nsp",
+                                  std::string("Command=Perform&ColdBoot=No&Target=") + t.target));
+                EXPECT_EQ(t.code, machine.environment().value("RXTBT1")) << t.target;
+            }
+            EXPECT_TRUE(machine.managementController()->requests().empty());
+            EXPECT_TRUE(writesAfterProbe(machine).empty());
+            expectRestarts(machine, 6);
+        });
+
+    Sim::Machine ipmi;
+    ipmi.addManagementController();
+    onSimulatedServer(
+        ipmi,
+        [&kTargets](Sim::Machine& machine)
+        {
+            for (auto const& t : kTargets)
+            {
+                const std::size_t from = machine.managementController()->requests().size();
+                runPage("reboot.nsp",
+                        std::string("Command=Perform&ColdBoot=Yes&Target=") + t.target);
+                EXPECT_EQ(t.sent, ipmiLog(machine, from)) << t.target;
+            }
+            expectRestarts(machine, 5);
+            EXPECT_EQ(2000000u, machine.reboots()[0].at);
+        });
+}
+
+TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshakeOrClearCMOSOverIPMI)
 {
     Sim::Machine machine;
     addCorvaneRom(machine);
@@ -146,7 +191,7 @@ TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
                               {0xA6, 2, 2}, {0xE1, 1, 0}, {0x8C, 1, 0}, {0xE1, 1, 0}, {0xE1, 1, 0}};
                           EXPECT_EQ(handshake, writesAfterProbe(machine));
                           EXPECT_EQ(0u, machine.clock().now()) << "answered at once";
-                          EXPECT_TRUE(machine.reboots().empty());
+                          expectRestarts(machine, 0);
                       });
 
     // A controller that never clears the request is given 30 seconds.
@@ -160,26 +205,19 @@ TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
                                     runPage("fsetreset.nsp", "command=perform"));
                           EXPECT_EQ(30000000u, machine.clock().now());
                       });
-}
 
-TEST(FSETResetPage, ClearCMOSOverIPMIWithoutVariablesAndNothingWithoutNVRAM)
-{
-    Sim::Machine machine;
-    machine.addManagementController();
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "Command=Perform"));
-            auto const& requests = machine.managementController()->requests();
-            ASSERT_EQ(1u, requests.size());
-            EXPECT_EQ(0x00, requests[0].netfn);
-            EXPECT_EQ(0x08, requests[0].cmd);
-            // The boot flags for the next boot only with the clear-CMOS flag.
-            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, 0x80, 0x00, 0x00, 0x00}),
-                      requests[0].data);
-        });
+    // Without variables: the boot flags for the next boot with clear-CMOS.
+    Sim::Machine ipmi;
+    ipmi.addManagementController();
+    onSimulatedServer(ipmi,
+                      [](Sim::Machine& machine)
+                      {
+                          EXPECT_EQ("{\"ErrorCode\":0}",
+                                    runPage("fsetreset.nsp", "Command=Perform"));
+                          EXPECT_EQ("0008:05808000*3", ipmiLog(machine));
+                      });
 
+    // Variables but no NVRAM controller: nothing is done.
     Sim::Machine withoutNVRAM;
     addCorvaneRom(withoutNVRAM);
     withoutNVRAM.addManagementController();
@@ -190,81 +228,4 @@ TEST(FSETResetPage, ClearCMOSOverIPMIWithoutVariablesAndNothingWithoutNVRAM)
                                     runPage("fsetreset.nsp", "Command=Perform"));
                           EXPECT_TRUE(machine.managementController()->requests().empty());
                       });
-}
-
-TEST(RebootPage, TargetIsWrittenToTheROMVariable)
-{
-    Sim::Machine machine;
-    addCorvaneRom(machine);
-    machine.addManagementController();
-    machine.addNvramController(kController);
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            // No target and no cold boot: nothing but the restart.
-            reboot("Command=Perform&Target=Default&ColdBoot=No");
-            EXPECT_FALSE(machine.environment().value("RXTBT1").has_value());
-            EXPECT_TRUE(machine.managementController()->requests().empty());
-            EXPECT_TRUE(writesAfterProbe(machine).empty());
-            expectOneRestart(machine);
-
-            const struct
-            {
-                const char* target;
-                std::vector<std::uint8_t> code;
-            } kTargets[] = {
-                {"A", {1, 0}}, {"C", {3, 0}}, {"cd", {2, 0}}, {"PXE", {64, 0}}, {"FSET", {48, 0}}};
-            for (auto const& target : kTargets)
-            {
-                EXPECT_EQ(
-                    std::string("{\"ErrorCode\":0,\"Target\":\"") + target.target +
-                        "\",\"ColdBoot\":\"No\"}",
-                    reboot(std::string("Command=Perform&ColdBoot=No&Target=") + target.target));
-                EXPECT_EQ(target.code, machine.environment().value("RXTBT1")) << target.target;
-            }
-            EXPECT_TRUE(machine.managementController()->requests().empty());
-            EXPECT_EQ(6u, machine.reboots().size());
-        });
-}
-
-TEST(RebootPage, OneTimeIPMIOverrideAndChassisResetWithoutVariablesOrNVRAM)
-{
-    Sim::Machine machine;
-    machine.addManagementController();
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            Sim::ManagementController& controller = *machine.managementController();
-            machine.atReboot(
-                [&]
-                {
-                    ASSERT_EQ(2u, controller.requests().size());
-                    EXPECT_EQ(0x08, controller.requests()[0].cmd);
-                    // Valid for the next boot only (0x80), CD/DVD selector.
-                    EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, 0x14, 0x00, 0x00, 0x00}),
-                              controller.requests()[0].data);
-                    EXPECT_EQ(0x00, controller.requests()[1].netfn);
-                    EXPECT_EQ(0x02, controller.requests()[1].cmd);
-                    EXPECT_EQ((std::vector<std::uint8_t>{0x03}), controller.requests()[1].data);
-                });
-            reboot("Command=Perform&Target=CD&ColdBoot=Yes");
-            expectOneRestart(machine);
-            EXPECT_EQ(2000000u, machine.reboots()[0].at);
-
-            machine.atReboot(nullptr);
-            const struct
-            {
-                const char* target;
-                std::uint8_t selectorByte;
-            } kTargets[] = {{"A", 0x3C}, {"C", 0x08}, {"PXE", 0x04}, {"FSET", 0x18}};
-            for (auto const& target : kTargets)
-            {
-                reboot(std::string("Command=Perform&ColdBoot=No&Target=") + target.target);
-                EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x80, target.selectorByte, 0x00, 0x00, 0x00}),
-                          controller.requests().back().data)
-                    << target.target;
-            }
-        });
 }

@@ -1,176 +1,131 @@
-#include "PageRun.h"
-
-#include "CorvaneRom.h"
+#include "CorvaneServer.h"
+#include "tests/support/IpmiLog.h"
+#include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
 
+#include <gmock/gmock.h>
+
+#include <optional>
 #include <string>
 #include <vector>
 
+using testing::StartsWith;
+using TestSupport::runPage;
+
 namespace
 {
-const char kDevices[] =
+typedef std::vector<std::uint8_t> Bytes;
+
+const std::string kDevices =
     "{\"ErrorCode\":0,\"Order\":[{\"Name\":\"Default\",\"Value\":\"Default\"},{\"Name\":\"A:\","
     "\"Value\":\"floppy\"},{\"Name\":\"C:\",\"Value\":\"hd\"},{\"Name\":\"CD\",\"Value\":"
     "\"cdrom\"},{\"Name\":\"USB\",\"Value\":\"usb\"},{\"Name\":\"PXE\",\"Value\":\"pxe\"}],"
     "\"CurrentOrder\":[";
-
-std::string bootOrder(const std::string& query)
-{
-    return runPage("setbootorder.nsp", query);
-}
+const std::string kRefused = "{\"ErrorCode\":2,\"CurrentOrder\":[]}";
 
 std::string current(const std::string& items)
 {
     return "{\"ErrorCode\":0,\"CurrentOrder\":[" + items + "]}";
 }
+} // namespace
 
-std::vector<std::uint8_t> order(Sim::Machine& machine)
+// The ROM's order is written to "RXHIPL" as indexes into its IPL table: hd
+// at 0, usb at 1, cdrom at 2, network boot at 3 (type 128) and 4 (type 6).
+TEST(SetBootOrderPage, ROMOrderIsWrittenAsTableIndexes)
 {
-    return machine.environment().value("RXHIPL").value_or(std::vector<std::uint8_t>{0xEE});
-}
-
-// A ROM with environment variables and an IPL table: hd at 0, cdrom at 2,
-// network boot at 3 (type 128) and 4 (type 6).
-void romServer(Sim::Machine& machine)
-{
+    Sim::Machine machine;
     addCorvaneRom(machine);
     machine.installIplTable({{2, {0, 31, 2}, "SATA disk"},
                              {5, {0, 29, 0}, "USB key"},
                              {3, {0, 31, 1}, "DVD drive"},
                              {128, {2, 0, 0}, "NIC 1"},
                              {6, {2, 0, 1}, "NIC 2"}});
-}
-} // namespace
-
-TEST(SetBootOrderPage, ROMOrderIsWrittenAsTableIndexes)
-{
-    Sim::Machine machine;
-    romServer(machine);
+    std::string twentyPxe = "Perform";
+    for (int i = 0; i < 10; ++i)
+        twentyPxe += "&Order=pxe";
+    const struct
+    {
+        std::string command;
+        testing::Matcher<std::string> answer;
+        std::optional<Bytes> order; // none: the variable is absent
+    } steps[] = {
+        {"Query", kDevices + "]}", std::nullopt}, // not readable yet: no names
+        {"Perform&Order=cdrom&Order=hd", current("\"cdrom\",\"hd\""), Bytes{2, 0}},
+        {"Query", kDevices + "\"cdrom\",\"hd\"]}", Bytes{2, 0}},
+        {"perform&Order=PXE", current("\"pxe\",\"pxe\""), Bytes{3, 4}},
+        {"Perform&Order=usb&Order=usb", current("\"usb\",\"usb\""), Bytes{1, 1}},
+        {"Perform&Order=Default", current(""), Bytes{}},
+        {"Perform&Order=hd", current("\"hd\""), Bytes{0}},
+        {"Perform&Order=hd&Order=default", current(""), Bytes{}},
+        {"Perform&Order=hd", current("\"hd\""), Bytes{0}},
+        {"Perform", current(""), Bytes{}},
+        {"Perform&Order=pcmcia", current(""), Bytes{}}, // known, but not in the table
+        {"Perform&Order=hd", current("\"hd\""), Bytes{0}},
+        {"Perform&Order=hd&Order=zip", kRefused, Bytes{0}},
+        {"Perform&Order=", kRefused, Bytes{0}},
+        {"Sort", "", Bytes{0}},
+        // Twenty indexes asked for: the first sixteen are written.
+        {twentyPxe, StartsWith("{\"ErrorCode\":0,"),
+         Bytes{3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4, 3, 4}},
+    };
     onSimulatedServer(
         machine,
-        [](Sim::Machine& machine)
+        [&steps](Sim::Machine& machine)
         {
-            EXPECT_EQ(current("\"cdrom\",\"hd\""),
-                      bootOrder("Command=Perform&Order=cdrom&Order=hd"));
-            EXPECT_EQ((std::vector<std::uint8_t>{0x02, 0x00}), order(machine));
-            EXPECT_EQ(std::string(kDevices) + "\"cdrom\",\"hd\"]}", bootOrder("Command=Query"));
-
-            // Both kinds of network boot, in table order.
-            EXPECT_EQ(current("\"pxe\",\"pxe\""), bootOrder("command=perform&Order=PXE"));
-            EXPECT_EQ((std::vector<std::uint8_t>{0x03, 0x04}), order(machine));
-
-            // A name given twice adds its entries twice.
-            EXPECT_EQ(current("\"usb\",\"usb\""), bootOrder("Command=Perform&Order=usb&Order=usb"));
-            EXPECT_EQ((std::vector<std::uint8_t>{0x01, 0x01}), order(machine));
-        });
-}
-
-TEST(SetBootOrderPage, ROMDefaultOrderAndNamesWithoutEntries)
-{
-    Sim::Machine machine;
-    romServer(machine);
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          // The order cannot be read yet: Query answers no names.
-                          EXPECT_EQ(std::string(kDevices) + "]}", bootOrder("Command=Query"));
-
-                          bootOrder("Command=Perform&Order=hd");
-                          EXPECT_EQ(current(""), bootOrder("Command=Perform&Order=Default"));
-                          EXPECT_TRUE(order(machine).empty());
-                          bootOrder("Command=Perform&Order=hd");
-                          EXPECT_EQ(current(""),
-                                    bootOrder("Command=Perform&Order=hd&Order=default"));
-                          EXPECT_TRUE(order(machine).empty());
-                          bootOrder("Command=Perform&Order=hd");
-                          EXPECT_EQ(current(""), bootOrder("Command=Perform"));
-                          EXPECT_TRUE(order(machine).empty());
-
-                          // Known, but the table lists no such device.
-                          EXPECT_EQ(current(""), bootOrder("Command=Perform&Order=pcmcia"));
-                          EXPECT_TRUE(order(machine).empty());
-                      });
-}
-
-TEST(SetBootOrderPage, ROMRefusesUnknownNamesAndKeepsSixteenIndexes)
-{
-    Sim::Machine machine;
-    romServer(machine);
-    machine.environment().set("RXHIPL", {0x02, 0xFF, 0x07, 0x00});
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
+            for (auto const& step : steps)
+            {
+                EXPECT_THAT(runPage("setbootorder.nsp", "Command=" + step.command), step.answer)
+                    << step.command;
+                EXPECT_EQ(step.order, machine.environment().value("RXHIPL")) << step.command;
+            }
             // Unused bytes are skipped; an index beyond the table has no name.
-            EXPECT_EQ(std::string(kDevices) + "\"cdrom\",\"\",\"hd\"]}",
-                      bootOrder("Command=Query"));
-
-            EXPECT_EQ("{\"ErrorCode\":2,\"CurrentOrder\":[]}",
-                      bootOrder("Command=Perform&Order=hd&Order=zip"));
-            EXPECT_EQ("{\"ErrorCode\":2,\"CurrentOrder\":[]}", bootOrder("Command=Perform&Order="));
-            EXPECT_EQ((std::vector<std::uint8_t>{0x02, 0xFF, 0x07, 0x00}), order(machine));
-
-            // 20 indexes asked for: the first 16 are written.
-            std::string query = "Command=Perform";
-            for (int i = 0; i < 10; ++i)
-                query += "&Order=pxe";
-            EXPECT_EQ(0u, bootOrder(query).find("{\"ErrorCode\":0,"));
-            EXPECT_EQ(16u, order(machine).size());
-            EXPECT_EQ(0x03, order(machine)[14]);
-            EXPECT_EQ(0x04, order(machine)[15]);
-
-            EXPECT_EQ("", bootOrder("Command=Sort"));
+            machine.environment().set("RXHIPL", {0x02, 0xFF, 0x07, 0x00});
+            EXPECT_EQ(kDevices + "\"cdrom\",\"\",\"hd\"]}",
+                      runPage("setbootorder.nsp", "Command=Query"));
         });
 }
 
+// Through the management controller the order is one persistent boot
+// device: Set System Boot Options (boot flags), then read back.
 TEST(SetBootOrderPage, IPMIOrderIsOnePersistentBootDevice)
 {
+    const struct
+    {
+        const char* command;
+        std::string answer;
+        const char* sent;
+    } steps[] = {
+        {"Query", kDevices + "\"default\"]}", "0601: 0009:050000"},
+        {"Perform&Order=cdrom&Order=hd", current("\"cdrom\""), "0008:05C01400*3 0009:050000"},
+        {"Perform&Order=usb", current("\"hd\""), "0008:05C00800*3 0009:050000"},
+        {"Perform&Order=PXE", current("\"pxe\""), "0008:05C00400*3 0009:050000"},
+        {"Perform&Order=fset", current("\"fset\""), "0008:05C01800*3 0009:050000"},
+        {"Perform&Order=default", current("\"default\""), "0008:05C000*4 0009:050000"},
+        {"Perform&Order=pcmcia", kRefused, ""},
+        {"Perform", kRefused, ""},
+    };
     Sim::Machine machine;
     machine.addManagementController();
     onSimulatedServer(
         machine,
-        [](Sim::Machine& machine)
+        [&steps](Sim::Machine& machine)
         {
-            EXPECT_EQ(std::string(kDevices) + "\"default\"]}", bootOrder("Command=Query"));
-
-            Sim::ManagementController& controller = *machine.managementController();
-            std::size_t before = controller.requests().size();
-            EXPECT_EQ(current("\"cdrom\""), bootOrder("Command=Perform&Order=cdrom&Order=hd"));
-            ASSERT_EQ(before + 2, controller.requests().size());
-            Sim::IpmiRequest const& set = controller.requests()[before];
-            EXPECT_EQ(0x00, set.netfn);
-            EXPECT_EQ(0x08, set.cmd);
-            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0xC0, 0x14, 0x00, 0x00, 0x00}), set.data);
-            Sim::IpmiRequest const& get = controller.requests()[before + 1];
-            EXPECT_EQ(0x00, get.netfn);
-            EXPECT_EQ(0x09, get.cmd);
-            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0x00, 0x00}), get.data);
-
-            // "usb" sets the hard-disk selector and reads back as "hd".
-            EXPECT_EQ(current("\"hd\""), bootOrder("Command=Perform&Order=usb"));
-            EXPECT_EQ((std::vector<std::uint8_t>{0x05, 0xC0, 0x08, 0x00, 0x00, 0x00}),
-                      controller.requests()[before + 2].data);
-            EXPECT_EQ(current("\"pxe\""), bootOrder("Command=Perform&Order=PXE"));
-            EXPECT_EQ(current("\"fset\""), bootOrder("Command=Perform&Order=fset"));
-            EXPECT_EQ(current("\"default\""), bootOrder("Command=Perform&Order=default"));
-
-            std::size_t sent = controller.requests().size();
-            EXPECT_EQ("{\"ErrorCode\":2,\"CurrentOrder\":[]}",
-                      bootOrder("Command=Perform&Order=pcmcia"));
-            EXPECT_EQ("{\"ErrorCode\":2,\"CurrentOrder\":[]}", bootOrder("Command=Perform"));
-            EXPECT_EQ(sent, controller.requests().size()) << "nothing sent";
+            for (auto const& step : steps)
+            {
+                const std::size_t from = machine.managementController()->requests().size();
+                EXPECT_EQ(step.answer,
+                          runPage("setbootorder.nsp", std::string("Command=") + step.command));
+                EXPECT_EQ(step.sent, ipmiLog(machine, from)) << step.command;
+            }
         });
-}
 
-TEST(SetBootOrderPage, UnsupportedWithoutROMOrderOrController)
-{
     // Variables but no IPL table, and no management controller.
-    Sim::Machine machine;
-    addCorvaneRom(machine);
-    onSimulatedServer(machine,
+    Sim::Machine neither;
+    addCorvaneRom(neither);
+    onSimulatedServer(neither,
                       [](Sim::Machine&)
                       {
-                          EXPECT_EQ("{\"ErrorCode\":1}", bootOrder("Command=Query"));
-                          EXPECT_EQ("{\"ErrorCode\":1}", bootOrder("Command=Perform&Order=hd"));
+                          for (const char* query : {"Command=Query", "Command=Perform&Order=hd"})
+                              EXPECT_EQ("{\"ErrorCode\":1}", runPage("setbootorder.nsp", query));
                       });
 }

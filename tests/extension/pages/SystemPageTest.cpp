@@ -1,21 +1,23 @@
 #include "../TestSupport.h"
+#include "tests/support/SmallFileSystem.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <regex>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
-using TestSupport::get;
-
 namespace
 {
 std::string systemPage(const std::string& query)
 {
-    return get("zrmedia://Tidewell/system.nsp?" + query).page;
+    return TestSupport::get("zrmedia://Tidewell/system.nsp?" + query).page;
 }
 
 std::string returnCode(const char* code)
@@ -23,148 +25,143 @@ std::string returnCode(const char* code)
     return std::string("{\"ErrorCode\":0,\"ReturnCode\":\"") + code + "\"}";
 }
 
-// Polls the background copy under `key` until it reports that it has ended
-// (at most 30 seconds); the last answer.
-std::string progressAtTheEnd(const std::string& key)
+// Starts a background copy under `key`, runs meanwhile(), and polls the copy
+// until it reports its end or is unknown (at most 30 seconds): the last answer.
+std::string copyInTheBackground(
+    const std::string& key, const std::string& from, const std::string& to,
+    std::function<void()> meanwhile = [] {})
 {
+    EXPECT_EQ(returnCode("1"), systemPage("Command=CopyThread&Key=" + key + "&Source=" + from +
+                                          "&Destination=" + to));
+    meanwhile();
     std::string last;
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < 3000 && last.find("\"ReturnCode\":\"0\"") == std::string::npos &&
+                    last != "{\"ErrorCode\":1}";
+         ++i)
     {
-        last = systemPage("Command=CopyThreadProgress&Key=" + key);
-        if (last.find("\"ReturnCode\":\"0\"") != std::string::npos)
-            break;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        last = systemPage("Command=CopyThreadProgress&Key=" + key);
     }
+    // Reported once: the key is forgotten afterwards.
+    EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=" + key));
     return last;
 }
+} // namespace
 
-// Runs `work` with the process's standard input reading from /dev/null.
-template <class Work> std::string withoutInput(Work work)
+TEST(SystemPage, FoldersFilesAndCopiesAndTheirEffects)
+{
+    TestSupport::TempDir dir;
+    const std::string folder = dir.file("a/b");
+    ASSERT_EQ(0, mkfifo(dir.file("fifo").c_str(), 0600));
+    const std::pair<std::string, std::string> steps[] = {
+        {"Command=query", "{\"ErrorCode\":0,\"Platform\":\"Linux\"}"},
+        {"Command=Format", ""},
+        {"", ""},
+        {"Command=CreateDirectory&DirectoryName=" + folder, returnCode("1")},
+        {"Command=DirectoryExists&Target=" + folder, returnCode("1")},
+        {"Command=FileExists&Target=" + folder + "/c.txt", returnCode("0")},
+        {"Command=CreateFile&Filename=" + folder + "/c.txt&Contents=hello+world", returnCode("1")},
+        {"Command=FileExists&Target=" + folder + "/c.txt", returnCode("1")},
+        {"Command=ReadFile&Filename=" + folder + "/c.txt", "hello world"},
+        {"Command=CreateFile&Filename=" + dir.file("none/x") + "&Contents=x", returnCode("0")},
+        {"Command=Copy&Source=" + folder + "&Destination=" + dir.file("copy"), returnCode("1")},
+        {"Command=ReadFile&Filename=" + dir.file("copy/c.txt"), "hello world"},
+        {"Command=Copy&Source=" + dir.file("none") + "&Destination=" + dir.file("x"),
+         returnCode("0")},
+        // Only regular files are read: a FIFO answers at once, empty.
+        {"Command=ReadFile&Filename=" + dir.file("fifo"), ""},
+        {"Command=ReadFile&Filename=" + dir.file("missing"), ""},
+        {"Command=CopyThreadProgress&Key=never", "{\"ErrorCode\":1}"},
+    };
+    for (auto const& step : steps)
+        EXPECT_EQ(step.second, systemPage(step.first)) << step.first;
+    EXPECT_EQ("hello world", TestSupport::readFile(folder + "/c.txt"));
+    EXPECT_FALSE(std::filesystem::exists(dir.file("x")));
+}
+
+// The text for standard input is not given to the program; a program that
+// cannot be started answers the shell's status word and message.
+TEST(SystemPage, RunAnswersStatusAndCleanedOutput)
 {
     int saved = dup(0);
     int null = open("/dev/null", O_RDONLY);
     dup2(null, 0);
     close(null);
-    std::string answer = work();
-    dup2(saved, 0);
-    close(saved);
-    return answer;
-}
-} // namespace
-
-TEST(SystemPage, QueryAndUnknownCommands)
-{
-    EXPECT_EQ("{\"ErrorCode\":0,\"Platform\":\"Linux\"}", systemPage("Command=query"));
-    EXPECT_EQ("", systemPage("Command=Format"));
-    EXPECT_EQ("", systemPage(""));
-}
-
-TEST(SystemPage, FoldersFilesAndCopies)
-{
-    TestSupport::TempDir dir;
-    const std::string folder = dir.file("a/b");
-    EXPECT_EQ(returnCode("1"), systemPage("Command=CreateDirectory&DirectoryName=" + folder));
-    EXPECT_EQ(returnCode("1"), systemPage("Command=DirectoryExists&Target=" + folder));
-    EXPECT_EQ(returnCode("0"), systemPage("Command=FileExists&Target=" + dir.file("a/b/c.txt")));
-
-    EXPECT_EQ(returnCode("1"),
-              systemPage("Command=CreateFile&Filename=" + folder + "/c.txt&Contents=hello+world"));
-    EXPECT_EQ(returnCode("1"), systemPage("Command=FileExists&Target=" + folder + "/c.txt"));
-    EXPECT_EQ("hello world", systemPage("Command=ReadFile&Filename=" + folder + "/c.txt"));
-    EXPECT_EQ(returnCode("0"),
-              systemPage("Command=CreateFile&Filename=" + dir.file("none/x") + "&Contents=x"));
-
-    EXPECT_EQ(returnCode("1"),
-              systemPage("Command=Copy&Source=" + folder + "&Destination=" + dir.file("copy")));
-    EXPECT_EQ("hello world", TestSupport::readFile(dir.file("copy/c.txt")));
-    EXPECT_EQ(returnCode("0"), systemPage("Command=Copy&Source=" + dir.file("none") +
-                                          "&Destination=" + dir.file("x")));
-
-    // A FIFO is not read: the page answers at once, empty.
-    ASSERT_EQ(0, mkfifo(dir.file("fifo").c_str(), 0600));
-    EXPECT_EQ("", systemPage("Command=ReadFile&Filename=" + dir.file("fifo")));
-    EXPECT_EQ("", systemPage("Command=ReadFile&Filename=" + dir.file("missing")));
-}
-
-TEST(SystemPage, RunCapturesCleanedOutput)
-{
     // Quotes dropped, backslashes doubled, carriage returns dropped, line
     // feeds written as backslash-n; a quoted executable runs the same program.
-    std::string printed = withoutInput(
-        []
-        {
-            return systemPage(
-                "Command=Run&Executable=%22printf%22&Arguments=%27a%22b%5C%5Cc%5Cnd%5Cr%5Cn%27");
-        });
+    const std::string printed =
+        systemPage("Command=Run&Executable=%22printf%22&Arguments=%27a%22b%5C%5Cc%5Cnd%5Cr%5Cn%27");
+    const std::string failed = systemPage("Command=Run&Executable=sh&Arguments=-c+%22cat;echo+"
+                                          "oops+%3E%262;exit+3%22&StandardInput=secret");
+    const std::string missing = systemPage("Command=Run&Executable=/no/such/program");
+    dup2(saved, 0);
+    close(saved);
     EXPECT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"StandardOutput\":\"ab\\\\c\\nd\\n\","
               "\"StandardError\":\"\"}",
               printed);
-    std::string failed = withoutInput(
-        [] {
-            return systemPage(
-                "Command=Run&Executable=sh&Arguments=-c+%22echo+oops+%3E%262;exit+3%22");
-        });
     EXPECT_EQ("{\"ErrorCode\":0,\"ReturnCode\":\"768\",\"StandardOutput\":\"\",\"StandardError\":"
               "\"oops\\n\"}",
               failed);
-
-    // The text for standard input is not given to the program.
-    EXPECT_EQ(
-        "{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"StandardOutput\":\"\",\"StandardError\":\"\"}",
-        withoutInput([] { return systemPage("Command=Run&Executable=cat&StandardInput=secret"); }));
-
-    // A program that cannot be started: the shell's status word and message.
-    std::string missing =
-        withoutInput([] { return systemPage("Command=Run&Executable=/no/such/program"); });
     EXPECT_EQ(0u, missing.find("{\"ErrorCode\":0,\"ReturnCode\":\"32512\",\"StandardOutput\":\"\","
                                "\"StandardError\":\""));
     EXPECT_NE(std::string::npos, missing.find("/no/such/program"));
 }
 
-TEST(SystemPage, BackgroundCopyIsPolledToItsEnd)
+// Sizes past 4 GiB are found, copied (keeping the hole) and counted.
+TEST(SystemPage, BackgroundCopyOfFilesPastFourGiBIsPolledToItsEnd)
 {
     TestSupport::TempDir dir;
-    TestSupport::makeDirectories(dir.file("src/sub"));
-    TestSupport::writeFile(dir.file("src/one.txt"), std::string(1000, '1'));
+    std::filesystem::create_directories(dir.file("src/sub"));
     TestSupport::writeFile(dir.file("src/sub/two.txt"), std::string(2345, '2'));
-    const std::string start =
-        "Command=CopyThread&Key=job&Source=" + dir.file("src") + "&Destination=" + dir.file("dst");
-    EXPECT_EQ(returnCode("1"), systemPage(start));
-
-    std::string last = progressAtTheEnd("job");
-    EXPECT_EQ(
-        0u, last.find(
-                "{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"2\",\"CurrentFile\":\"2\","
-                "\"TotalBytes\":\"3345\",\"CurrentByte\":\"3345\",\"CurrentFilename\":\""))
-        << last;
-    EXPECT_EQ(std::string(2345, '2'), TestSupport::readFile(dir.file("dst/sub/two.txt")));
-
-    // Reported once: the key is forgotten afterwards, and may be used again.
-    EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=job"));
-    EXPECT_EQ("{\"ErrorCode\":1}", systemPage("Command=CopyThreadProgress&Key=never"));
-}
-
-TEST(SystemPage, FilesPastFourGiBAreFoundCopiedAndCountedInTheBackground)
-{
-    TestSupport::TempDir dir;
-    TestSupport::makeDirectories(dir.file("src"));
     const std::string big = dir.file("src/disk.img");
     ASSERT_EQ(0, ::close(::open(big.c_str(), O_WRONLY | O_CREAT, 0644)));
-    ASSERT_EQ(0, ::truncate(big.c_str(), 5LL << 30)); // a 5 GiB hole
+    ASSERT_EQ(0, ::truncate(big.c_str(), 5LL << 30));
     EXPECT_EQ(returnCode("1"), systemPage("Command=FileExists&Target=" + big));
-
     EXPECT_EQ(returnCode("1"),
               systemPage("Command=Copy&Source=" + big + "&Destination=" + dir.file("copy.img")));
-    struct stat copied;
-    ASSERT_EQ(0, ::stat(dir.file("copy.img").c_str(), &copied));
-    EXPECT_EQ(5LL << 30, static_cast<long long>(copied.st_size));
-    ::unlink(dir.file("copy.img").c_str());
+    EXPECT_EQ(5LL << 30, static_cast<long long>(std::filesystem::file_size(dir.file("copy.img"))));
+    std::filesystem::remove(dir.file("copy.img"));
 
-    EXPECT_EQ(returnCode("1"), systemPage("Command=CopyThread&Key=big&Source=" + dir.file("src") +
-                                          "&Destination=" + dir.file("dst")));
-    std::string last = progressAtTheEnd("big");
-    EXPECT_EQ(0u, last.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"1\","
-                            "\"CurrentFile\":\"1\",\"TotalBytes\":\"5368709120\","
-                            "\"CurrentByte\":\"5368709120\",\"CurrentFilename\":\""))
+    const std::string last = copyInTheBackground("job", dir.file("src"), dir.file("dst"));
+    EXPECT_EQ(0u, last.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\",\"TotalFiles\":\"2\","
+                            "\"CurrentFile\":\"2\",\"TotalBytes\":\"5368711465\","
+                            "\"CurrentByte\":\"5368711465\",\"CurrentFilename\":\""))
         << last;
+    EXPECT_EQ(std::string(2345, '2'), TestSupport::readFile(dir.file("dst/sub/two.txt")));
+}
+
+// A full disk under a copy is reported (no success, not every byte), and a
+// background copy whose source disappears ends, leaving only whole files.
+TEST(SystemPage, CopiesThatCannotFinishSaySo)
+{
+    TestSupport::TempDir dir;
+    for (int file = 0; file < 200; ++file)
+    {
+        const std::string folder = dir.file("src/d" + std::to_string(file % 10));
+        std::filesystem::create_directories(folder);
+        TestSupport::writeFile(folder + "/f" + std::to_string(file), std::string(20000, 'x'));
+    }
+    std::string end = copyInTheBackground("gone", dir.file("src"), dir.file("dst"),
+                                          [&] { std::filesystem::remove_all(dir.file("src")); });
+    EXPECT_EQ(0u, end.find("{\"ErrorCode\":0,\"ReturnCode\":\"0\"")) << end;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(dir.file("dst")))
+        EXPECT_TRUE(!entry.is_regular_file() || entry.file_size() == 20000u) << entry.path();
+
+    TestSupport::SmallFileSystem full("64k");
+    if (!full.refusal().empty())
+        GTEST_SKIP() << full.refusal();
+    std::filesystem::create_directories(dir.file("tree"));
+    TestSupport::writeFile(dir.file("tree/big.bin"), std::string(40000, 'b'));
+    TestSupport::writeFile(dir.file("tree/small.txt"), std::string(100, 's'));
+    full.fill(16384);
+    EXPECT_EQ(returnCode("0"), systemPage("Command=Copy&Source=" + dir.file("tree/big.bin") +
+                                          "&Destination=" + full.file("big.bin")));
+    end = copyInTheBackground("full", dir.file("tree"), full.file("tree"));
+    std::smatch bytes;
+    ASSERT_TRUE(std::regex_search(end, bytes,
+                                  std::regex("^\\{\"ErrorCode\":0,\"ReturnCode\":\"0\""
+                                             ".*\"TotalBytes\":\"([0-9]+)\",\"Curren"
+                                             "tByte\":\"([0-9]+)\"")))
+        << end;
+    EXPECT_NE(bytes[1], bytes[2]) << end;
 }

@@ -1,14 +1,20 @@
-#include "PageRun.h"
-
+#include "tests/support/IpmiLog.h"
+#include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
 
+#include <gmock/gmock.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
+using testing::_;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
 namespace
 {
-typedef std::vector<std::uint8_t> Bytes;
-
 const char kQueryOfTwoUsers[] =
     "{\"ErrorCode\":0,"
     "\"Identity\":{\"DeviceID\":32,\"DeviceRevision\":1,\"FirmwareRevision\":\"2.16\","
@@ -22,11 +28,7 @@ const char kQueryOfTwoUsers[] =
     "\"PowerPolicy\":\"Previous\","
     "\"Unsupported\":[]}";
 const char kDone[] = "{\"ErrorCode\":0}";
-
-std::string wd100(const std::string& query)
-{
-    return runPage("wd100.nsp", query);
-}
+const char kSetters[] = "0C01 0C21 0640 0643 0645 0647 0006 0008"; // requests that change
 
 std::string badValue(const std::string& parameter)
 {
@@ -38,443 +40,281 @@ std::string refused(const std::string& request, const std::string& code)
     return "{\"ErrorCode\":1,\"Request\":\"" + request + "\",\"CompletionCode\":\"" + code + "\"}";
 }
 
-// A controller as in the examples: two user IDs, user 2 the administrator.
-Sim::ManagementController& addTwoUserController(Sim::Machine& machine)
+// A command with its parameters, what the page answers, and the changes it
+// sends (ipmiLog of the setters).
+struct Step
 {
-    Sim::ManagementController& controller = machine.addManagementController();
-    controller.users().resize(2);
-    return controller;
-}
+    std::string command;
+    testing::Matcher<std::string> answer;
+    testing::Matcher<std::string> changes;
+};
 
-// The data of the requests of `netfn`/`cmd`, in order, from request `from` on.
-std::vector<Bytes> sent(Sim::Machine& machine, std::uint8_t netfn, std::uint8_t cmd,
-                        std::size_t from = 0)
+// Runs `steps` on a server whose controller has `users` user IDs (user 2
+// the administrator, as in the examples), after setup(controller); then
+// after(machine).
+void onController(std::vector<Step> const& steps,
+                  std::function<void(Sim::ManagementController&)> setup = {}, std::size_t users = 2,
+                  std::function<void(Sim::Machine&)> after = {})
 {
-    std::vector<Bytes> found;
-    auto const& requests = machine.managementController()->requests();
-    for (std::size_t i = from; i < requests.size(); ++i)
-        if (requests[i].netfn == netfn && requests[i].cmd == cmd)
-            found.push_back(requests[i].data);
-    return found;
-}
-
-// How many requests that change a setting the controller received.
-std::size_t changes(Sim::Machine& machine)
-{
-    const std::pair<std::uint8_t, std::uint8_t> kSetters[] = {
-        {0x0C, 0x01}, {0x0C, 0x21}, {0x06, 0x40}, {0x06, 0x43},
-        {0x06, 0x45}, {0x06, 0x47}, {0x00, 0x06}, {0x00, 0x08}};
-    std::size_t count = 0;
-    for (auto const& setter : kSetters)
-        count += sent(machine, setter.first, setter.second).size();
-    return count;
-}
-
-Bytes padded(const std::string& text, std::size_t length)
-{
-    Bytes bytes(text.begin(), text.end());
-    bytes.resize(length, 0);
-    return bytes;
-}
-
-Bytes concatenated(Bytes first, Bytes const& second)
-{
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+    Sim::Machine machine;
+    machine.addManagementController().users().resize(users);
+    if (setup)
+        setup(*machine.managementController());
+    onSimulatedServer(
+        machine,
+        [&](Sim::Machine& machine)
+        {
+            for (Step const& step : steps)
+            {
+                const std::size_t from = machine.managementController()->requests().size();
+                EXPECT_THAT(TestSupport::runPage("wd100.nsp", "Command=" + step.command),
+                            step.answer)
+                    << step.command;
+                EXPECT_THAT(ipmiLog(machine, from, kSetters), step.changes) << step.command;
+            }
+            if (after)
+                after(machine);
+        });
 }
 } // namespace
 
-TEST(Wd100Page, WithoutAControllerEveryCommandIsNotAvailable)
+TEST(Wd100Page, WithoutAControllerEveryCommandIsNotAvailableAndUnknownCommandsAreNamed)
 {
     Sim::Machine machine;
-    onSimulatedServer(machine,
-                      [](Sim::Machine&)
-                      {
-                          EXPECT_EQ("{\"ErrorCode\":1}", wd100("Command=Query"));
-                          EXPECT_EQ("{\"ErrorCode\":1}", wd100("Command=SetPowerPolicy&Policy=x"));
-                      });
-}
-
-TEST(Wd100Page, UnknownOrMissingCommandNamesTheParameter)
-{
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ(badValue("Command"), wd100("Command=Reset"));
-                          EXPECT_EQ(badValue("Command"), wd100(""));
-                          EXPECT_EQ(0u, changes(machine));
-                      });
-}
-
-TEST(Wd100Page, QueryAnswersEverySectionFromTheLANChannel)
-{
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ(kQueryOfTwoUsers, wd100("Command=Query"));
-                          EXPECT_EQ(kQueryOfTwoUsers, wd100("command=QUERY"));
-                          // The LAN channel is found by its medium, channel 0
-                          // first; never through "this channel" (0Eh).
-                          std::vector<Bytes> channels = sent(machine, 0x06, 0x42);
-                          ASSERT_LE(2u, channels.size());
-                          EXPECT_EQ(Bytes{0x00}, channels[0]);
-                          EXPECT_EQ(Bytes{0x01}, channels[1]);
-                          for (Bytes const& channel : channels)
-                              EXPECT_GE(0x0B, channel.at(0));
-                          EXPECT_EQ((Bytes{0x01, 0x05, 0x00, 0x00}), sent(machine, 0x0C, 0x22)[1])
-                              << "the non-volatile SOL bit rate";
-                          EXPECT_EQ(0u, changes(machine));
-                      });
-}
-
-TEST(Wd100Page, QueryEscapesNamesAndReadsOtherSettings)
-{
-    Sim::Machine machine;
-    Sim::ManagementController& controller = machine.addManagementController();
-    controller.users().resize(3);
-    controller.users().user(3).name = "q\"x\\y\x01\xE9";
-    controller.users().user(3).privilege = 2;
-    controller.lan().channel = 6;
-    controller.lan().ipSource = 2;
-    controller.lan().vlan = 300;
-    controller.sol().enabled = false;
-    controller.sol().nonVolatileBitRate = 0;
-    controller.powerRestorePolicy = 2;
     onSimulatedServer(
         machine,
         [](Sim::Machine&)
         {
-            std::string answer = wd100("Command=Query");
-            EXPECT_NE(std::string::npos,
-                      answer.find("{\"ID\":3,\"Name\":\"q\\\"x\\\\y\\u0001\\u00E9\","
-                                  "\"Enabled\":\"No\",\"Privilege\":\"User\"}]"))
-                << answer;
-            EXPECT_NE(std::string::npos,
-                      answer.find("\"Network\":{\"Channel\":6,\"IPSource\":\"DHCP\","))
-                << answer;
-            EXPECT_NE(std::string::npos, answer.find("\"VLANID\":300}")) << answer;
-            EXPECT_NE(std::string::npos,
-                      answer.find("\"Services\":{\"LANEnabled\":\"Yes\",\"SOLEnabled\":\"No\","
-                                  "\"BaudRate\":0}"))
-                << answer;
-            EXPECT_NE(std::string::npos, answer.find("\"PowerPolicy\":\"AlwaysOn\",")) << answer;
+            for (const char* query : {"Command=Query", "Command=SetPowerPolicy&Policy=x"})
+                EXPECT_EQ("{\"ErrorCode\":1}", TestSupport::runPage("wd100.nsp", query));
         });
+    onController({{"Reset", badValue("Command"), ""}, {"", badValue("Command"), ""}});
+}
+
+// The LAN channel is found by its medium, channel 0 first, and never through
+// "this channel" (0Eh); names are escaped for JSON.
+TEST(Wd100Page, QueryAnswersEverySectionFromTheLANChannel)
+{
+    onController({{"QUERY", kQueryOfTwoUsers, ""}}, {}, 2,
+                 [](Sim::Machine& machine)
+                 {
+                     EXPECT_EQ("0642:00 0642:01", ipmiLog(machine, 0, "0642"));
+                     EXPECT_THAT(ipmiLog(machine, 0, "0C22"), HasSubstr("0C22:01050000"))
+                         << "the non-volatile SOL bit rate";
+                 });
+    onController(
+        {{"Query",
+          AllOf(HasSubstr("{\"ID\":3,\"Name\":\"q\\\"x\\\\y\\u0001\\u00E9\","
+                          "\"Enabled\":\"No\",\"Privilege\":\"User\"}]"),
+                HasSubstr("\"Network\":{\"Channel\":6,\"IPSource\":\"DHCP\","),
+                HasSubstr("\"VLANID\":300}"),
+                HasSubstr("\"Services\":{\"LANEnabled\":\"Yes\",\"SOLEnabled\":\"No\","
+                          "\"BaudRate\":0},\"PowerPolicy\":\"AlwaysOn\",")),
+          ""}},
+        [](Sim::ManagementController& c)
+        {
+            c.users().user(3).name = "q\"x\\y\x01\xE9";
+            c.users().user(3).privilege = 2;
+            c.lan().channel = 6;
+            c.lan().ipSource = 2;
+            c.lan().vlan = 300;
+            c.sol().enabled = false;
+            c.sol().nonVolatileBitRate = 0;
+            c.powerRestorePolicy = 2;
+        },
+        3);
 }
 
 TEST(Wd100Page, QueryListsWhatTheControllerDoesNotSupport)
 {
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    Sim::ManagementController& controller = *machine.managementController();
-    controller.refuse(0x0C, 0x22, {}, 0xC1);       // no serial over LAN
-    controller.refuse(0x00, 0x01, {}, 0xC1);       // no chassis status
-    controller.answerNextWith({0x00});             // the presence test
-    controller.answerNextWith({0x00, 0x20, 0x01}); // a short Get Device ID
-    onSimulatedServer(machine,
-                      [](Sim::Machine&)
-                      {
-                          std::string answer = wd100("Command=Query");
-                          EXPECT_EQ(0u, answer.find("{\"ErrorCode\":0,\"Network\":{"));
-                          EXPECT_NE(std::string::npos, answer.find("\"Users\":[{\"ID\":1,"));
-                          EXPECT_EQ(std::string::npos, answer.find("\"Services\":{"));
-                          EXPECT_NE(std::string::npos,
-                                    answer.find(",\"Unsupported\":[\"Identity\",\"Services\","
-                                                "\"PowerPolicy\"]}"))
-                              << answer;
-                      });
-
-    // Without a LAN channel among channels 0..11 the channel's sections are
-    // left out.
-    Sim::Machine withoutLAN;
-    addTwoUserController(withoutLAN);
-    withoutLAN.managementController()->lan().channel = 13;
-    onSimulatedServer(withoutLAN,
-                      [](Sim::Machine& machine)
-                      {
-                          std::string answer = wd100("Command=Query");
-                          EXPECT_EQ(0u, answer.find("{\"ErrorCode\":0,\"Identity\":{"));
-                          EXPECT_NE(std::string::npos,
-                                    answer.find("\"PowerPolicy\":\"Previous\",\"Unsupported\":["
-                                                "\"Network\",\"Users\",\"Services\"]}"))
-                              << answer;
-                          EXPECT_EQ(12u, sent(machine, 0x06, 0x42).size()) << "channels 0..11";
-                          EXPECT_EQ("{\"ErrorCode\":1}",
-                                    wd100("Command=SetNetwork&IPAddress=10.0.0.5"));
-                          EXPECT_EQ(0u, changes(machine));
-                      });
-}
-
-TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
-{
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    onSimulatedServer(
-        machine,
+    onController(
+        {{"Query",
+          AllOf(StartsWith("{\"ErrorCode\":0,\"Network\":{"), HasSubstr("\"Users\":[{\"ID\":1,"),
+                HasSubstr(",\"Unsupported\":[\"Identity\",\"Services\",\"PowerPolicy\"]}")),
+          ""}},
+        [](Sim::ManagementController& c)
+        {
+            c.refuse(0x0C, 0x22, {}, 0xC1);       // no serial over LAN
+            c.refuse(0x00, 0x01, {}, 0xC1);       // no chassis status
+            c.answerNextWith({0x00});             // the presence test
+            c.answerNextWith({0x00, 0x20, 0x01}); // a short Get Device ID
+        });
+    // Without a LAN channel among channels 0..11 its sections are left out.
+    onController(
+        {{"Query",
+          AllOf(StartsWith("{\"ErrorCode\":0,\"Identity\":{"),
+                HasSubstr("\"PowerPolicy\":\"Previous\",\"Unsupported\":[\"Network\","
+                          "\"Users\",\"Services\"]}")),
+          ""},
+         {"SetNetwork&IPAddress=10.0.0.5", "{\"ErrorCode\":1}", ""}},
+        [](Sim::ManagementController& c) { c.lan().channel = 13; }, 2,
         [](Sim::Machine& machine)
         {
-            EXPECT_EQ(kDone, wd100("Command=SetNetwork&IPSource=static&IPAddress=10.0.0.5"
-                                   "&SubnetMask=255.255.254.0&Gateway=10.0.0.1&VLANID=300"));
-            std::vector<Bytes> expected = {{1, 0, 1},
-                                           {1, 4, 1},
-                                           {1, 3, 10, 0, 0, 5},
-                                           {1, 6, 255, 255, 254, 0},
-                                           {1, 12, 10, 0, 0, 1},
-                                           {1, 20, 0x2C, 0x81},
-                                           {1, 0, 2},
-                                           {1, 0, 0}};
-            EXPECT_EQ(expected, sent(machine, 0x0C, 0x01));
-            EXPECT_EQ(1u, machine.managementController()->lan().setInProgress.commits());
-
-            std::string answer = wd100("Command=Query");
-            EXPECT_NE(std::string::npos,
-                      answer.find("\"IPSource\":\"Static\",\"IPAddress\":\"10.0.0.5\","
-                                  "\"SubnetMask\":\"255.255.254.0\",\"Gateway\":\"10.0.0.1\","))
-                << answer;
-            EXPECT_NE(std::string::npos, answer.find("\"VLANID\":300}")) << answer;
-
-            // Only what is given is sent; VLAN 0 switches the VLAN off.
-            std::size_t before = machine.managementController()->requests().size();
-            EXPECT_EQ(kDone, wd100("Command=SetNetwork&IPSource=DHCP&VLANID=0"));
-            expected = {{1, 0, 1}, {1, 4, 2}, {1, 20, 0, 0}, {1, 0, 2}, {1, 0, 0}};
-            EXPECT_EQ(expected, sent(machine, 0x0C, 0x01, before));
-
-            before = machine.managementController()->requests().size();
-            EXPECT_EQ(kDone, wd100("Command=SetNetwork"));
-            EXPECT_TRUE(sent(machine, 0x0C, 0x01, before).empty());
+            EXPECT_THAT(ipmiLog(machine, 0, "0642"),
+                        StartsWith("0642:00 0642:01 0642:02 0642:03 0642:04 0642:05 "
+                                   "0642:06 0642:07 0642:08 0642:09 0642:0A 0642:0B"));
+            EXPECT_THAT(ipmiLog(machine, 0, "0642"), Not(HasSubstr("0642:0C")));
         });
 }
 
-TEST(Wd100Page, AFailedNetworkWriteStillEndsWithSetComplete)
+// Every write sits inside one set-in-progress sequence (set in progress,
+// the parameters, commit, set complete), which ends with set complete also
+// when a write is refused; a set begun by another is left alone.
+TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
 {
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    machine.managementController()->refuse(0x0C, 0x01, {1, 6}, 0xCC);
-    onSimulatedServer(
-        machine,
+    onController(
+        {{"SetNetwork&IPSource=static&IPAddress=10.0.0.5&SubnetMask=255.255.254.0"
+          "&Gateway=10.0.0.1&VLANID=300",
+          kDone,
+          "0C01:010001 0C01:010401 0C01:01030A000005 0C01:0106FFFFFE00 0C01:010C0A000001 "
+          "0C01:01142C81 0C01:010002 0C01:010000"},
+         {"Query",
+          AllOf(HasSubstr("\"IPSource\":\"Static\",\"IPAddress\":\"10.0.0.5\",\"SubnetMask\":"
+                          "\"255.255.254.0\",\"Gateway\":\"10.0.0.1\","),
+                HasSubstr("\"VLANID\":300}")),
+          ""},
+         // Only what is given is sent; VLAN 0 switches the VLAN off.
+         {"SetNetwork&IPSource=DHCP&VLANID=0", kDone,
+          "0C01:010001 0C01:010402 0C01:01140000 0C01:010002 0C01:010000"},
+         {"SetNetwork", kDone, ""}},
+        {}, 2,
+        [](Sim::Machine& machine)
+        { EXPECT_EQ(2u, machine.managementController()->lan().setInProgress.commits()); });
+    onController(
+        {{"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0&Gateway=10.0.0.1",
+          refused("SubnetMask", "CC"),
+          "0C01:010001 0C01:01030A000005 0C01:0106FF00*3 0C01:010000"}},
+        [](Sim::ManagementController& c) {
+            c.refuse(0x0C, 0x01, {1, 6}, 0xCC);
+        },
+        2,
         [](Sim::Machine& machine)
         {
-            EXPECT_EQ(refused("SubnetMask", "CC"),
-                      wd100("Command=SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0"
-                            "&Gateway=10.0.0.1"));
-            // Nothing after the refused write but set complete: no gateway,
-            // no commit.
-            std::vector<Bytes> expected = {
-                {1, 0, 1}, {1, 3, 10, 0, 0, 5}, {1, 6, 255, 0, 0, 0}, {1, 0, 0}};
-            EXPECT_EQ(expected, sent(machine, 0x0C, 0x01));
             EXPECT_FALSE(machine.managementController()->lan().setInProgress.inProgress());
             EXPECT_EQ(0u, machine.managementController()->lan().setInProgress.commits());
         });
-
-    Sim::Machine refusedCommit;
-    addTwoUserController(refusedCommit);
-    refusedCommit.managementController()->refuse(0x0C, 0x01, {1, 0, 2}, 0xD5);
-    onSimulatedServer(refusedCommit,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ(refused("Commit", "D5"),
-                                    wd100("Command=SetNetwork&Gateway=10.0.0.1"));
-                          EXPECT_EQ((Bytes{1, 0, 0}), sent(machine, 0x0C, 0x01).back());
-                      });
-}
-
-TEST(Wd100Page, ASecondSetInProgressIsLeftAlone)
-{
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    machine.managementController()->lan().setInProgress.write(1);
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ(refused("SetInProgress", "81"),
-                                    wd100("Command=SetNetwork&IPAddress=10.0.0.5"));
-                          EXPECT_EQ((std::vector<Bytes>{{1, 0, 1}}), sent(machine, 0x0C, 0x01))
-                              << "no write and no set complete: the set belongs to another";
-                          EXPECT_TRUE(
-                              machine.managementController()->lan().setInProgress.inProgress());
-                      });
+    onController({{"SetNetwork&Gateway=10.0.0.1", refused("Commit", "D5"),
+                   "0C01:010001 0C01:010C0A000001 0C01:010002 0C01:010000"}},
+                 [](Sim::ManagementController& c) {
+                     c.refuse(0x0C, 0x01, {1, 0, 2}, 0xD5);
+                 });
+    onController(
+        {{"SetNetwork&IPAddress=10.0.0.5", refused("SetInProgress", "81"), "0C01:010001"}},
+        [](Sim::ManagementController& c) { c.lan().setInProgress.write(1); }, 2,
+        [](Sim::Machine& machine)
+        { EXPECT_TRUE(machine.managementController()->lan().setInProgress.inProgress()); });
 }
 
 TEST(Wd100Page, BadValuesAreAnsweredBeforeAnythingIsSent)
 {
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            const struct
-            {
-                const char* query;
-                const char* parameter;
-            } kBad[] = {
-                {"SetNetwork&IPSource=BIOS", "IPSource"},
-                {"SetNetwork&IPAddress=10.0.0", "IPAddress"},
-                {"SetNetwork&IPAddress=10.0.0.256", "IPAddress"},
-                {"SetNetwork&IPAddress=10.0.0.1.2", "IPAddress"},
-                {"SetNetwork&IPAddress=10.0.0.1%20", "IPAddress"},
-                {"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.255.0", "SubnetMask"},
-                {"SetNetwork&Gateway=a.b.c.d", "Gateway"},
-                {"SetNetwork&VLANID=4095", "VLANID"},
-                {"SetNetwork&VLANID=-1", "VLANID"},
-                {"SetUser&Name=x", "ID"},
-                {"SetUser&ID=0&Name=x", "ID"},
-                {"SetUser&ID=3&Name=x", "ID"},
-                {"SetUser&ID=2&Name=seventeen-letters", "Name"},
-                {"SetUser&ID=2&Name=tab%09tab", "Name"},
-                {"SetUser&ID=1&Name=anyone", "Name"},
-                {"SetUser&ID=2&Password=twenty-one-bytes-word", "Password"},
-                {"SetUser&ID=2&Privilege=Callback", "Privilege"},
-                {"SetUser&ID=2&Enabled=Maybe", "Enabled"},
-                {"SetServices&LANEnabled=On", "LANEnabled"},
-                {"SetServices&SOLEnabled=1", "SOLEnabled"},
-                {"SetServices&BaudRate=4800", "BaudRate"},
-                {"SetPowerPolicy&Policy=Sometimes", "Policy"},
-            };
-            for (auto const& bad : kBad)
-                EXPECT_EQ(badValue(bad.parameter), wd100(std::string("Command=") + bad.query))
-                    << bad.query;
-            EXPECT_EQ(0u, changes(machine));
-        });
+    const std::pair<const char*, const char*> bad[] = {
+        {"SetNetwork&IPSource=BIOS", "IPSource"},
+        {"SetNetwork&IPAddress=10.0.0", "IPAddress"},
+        {"SetNetwork&IPAddress=10.0.0.256", "IPAddress"},
+        {"SetNetwork&IPAddress=10.0.0.1.2", "IPAddress"},
+        {"SetNetwork&IPAddress=10.0.0.1%20", "IPAddress"},
+        {"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.255.0", "SubnetMask"},
+        {"SetNetwork&Gateway=a.b.c.d", "Gateway"},
+        {"SetNetwork&VLANID=4095", "VLANID"},
+        {"SetNetwork&VLANID=-1", "VLANID"},
+        {"SetUser&Name=x", "ID"},
+        {"SetUser&ID=0&Name=x", "ID"},
+        {"SetUser&ID=3&Name=x", "ID"},
+        {"SetUser&ID=2&Name=seventeen-letters", "Name"},
+        {"SetUser&ID=2&Name=tab%09tab", "Name"},
+        {"SetUser&ID=1&Name=anyone", "Name"},
+        {"SetUser&ID=2&Password=twenty-one-bytes-word", "Password"},
+        {"SetUser&ID=2&Privilege=Callback", "Privilege"},
+        {"SetUser&ID=2&Enabled=Maybe", "Enabled"},
+        {"SetUser&ID=2&Enabled=No", "Enabled"}, // the last enabled administrator stays
+        {"SetUser&ID=2&Privilege=Operator", "Privilege"},
+        {"SetUser&ID=2&Privilege=User&Enabled=No", "Privilege"},
+        {"SetServices&LANEnabled=On", "LANEnabled"},
+        {"SetServices&SOLEnabled=1", "SOLEnabled"},
+        {"SetServices&BaudRate=4800", "BaudRate"},
+        {"SetPowerPolicy&Policy=Sometimes", "Policy"},
+    };
+    std::vector<Step> steps;
+    for (auto const& b : bad)
+        steps.push_back({b.first, badValue(b.second), ""});
+    onController(steps);
 }
 
+// Name, password (16 or 20 bytes), privilege with IPMI messaging on the LAN
+// channel, then enable; the last enabled administrator stays.
 TEST(Wd100Page, SetUserSendsNamePasswordPrivilegeThenEnable)
 {
-    Sim::Machine machine;
-    machine.addManagementController().users().resize(4);
-    onSimulatedServer(
-        machine,
+    onController(
+        {{"SetUser&ID=3&Name=night-shift&Password=tide-4&Privilege=operator&Enabled=yes", kDone,
+          "0645:03'night-shift'00*5 0647:0302'tide-4'00*10 0643:910303 0647:0301"},
+         {"Query",
+          HasSubstr("{\"ID\":3,\"Name\":\"night-shift\",\"Enabled\":\"Yes\",\"Privilege\":"
+                    "\"Operator\"}"),
+          ""},
+         {"SetUser&ID=4&Password=seventeen-letters", kDone, "0647:8402'seventeen-letters'00*3"},
+         {"SetUser&ID=4&Enabled=No&Privilege=NoAccess", kDone, "0643:91040F 0647:0400"},
+         {"SetUser&ID=2&Name=chief&Privilege=Administrator", kDone, _},
+         {"SetUser&ID=3&Name=deputy&Privilege=Administrator&Enabled=Yes", kDone, _},
+         {"SetUser&ID=2&Enabled=No", kDone, "0647:0200"},
+         {"SetUser&ID=3&Enabled=No", badValue("Enabled"), ""}},
+        {}, 4,
         [](Sim::Machine& machine)
         {
-            EXPECT_EQ(kDone, wd100("Command=SetUser&ID=3&Name=night-shift&Password=tide-4&"
-                                   "Privilege=operator&Enabled=yes"));
-            EXPECT_EQ(std::vector<Bytes>{concatenated({3}, padded("night-shift", 16))},
-                      sent(machine, 0x06, 0x45));
-            std::vector<Bytes> passwords = {concatenated({3, 0x02}, padded("tide-4", 16)),
-                                            {3, 0x01}};
-            EXPECT_EQ(passwords, sent(machine, 0x06, 0x47));
-            // IPMI messaging on the LAN channel, operator.
-            EXPECT_EQ((std::vector<Bytes>{{0x91, 3, 3}}), sent(machine, 0x06, 0x43));
             EXPECT_EQ("tide-4", machine.managementController()->users().user(3).password);
-            EXPECT_NE(std::string::npos,
-                      wd100("Command=Query")
-                          .find("{\"ID\":3,\"Name\":\"night-shift\",\"Enabled\":\"Yes\","
-                                "\"Privilege\":\"Operator\"}"));
-
-            // Over 16 bytes the password goes in the 20-byte form.
-            std::size_t before = machine.managementController()->requests().size();
-            EXPECT_EQ(kDone, wd100("Command=SetUser&ID=4&Password=seventeen-letters"));
-            EXPECT_EQ(
-                std::vector<Bytes>{concatenated({0x84, 0x02}, padded("seventeen-letters", 20))},
-                sent(machine, 0x06, 0x47, before));
-            before = machine.managementController()->requests().size();
-            EXPECT_EQ(kDone, wd100("Command=SetUser&ID=4&Enabled=No&Privilege=NoAccess"));
-            EXPECT_EQ((std::vector<Bytes>{{0x91, 4, 0x0F}}), sent(machine, 0x06, 0x43, before));
-            EXPECT_EQ((std::vector<Bytes>{{4, 0x00}}), sent(machine, 0x06, 0x47, before));
-        });
-}
-
-TEST(Wd100Page, TheLastEnabledAdministratorStays)
-{
-    Sim::Machine machine;
-    machine.addManagementController().users().resize(3);
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            EXPECT_EQ(badValue("Enabled"), wd100("Command=SetUser&ID=2&Enabled=No"));
-            EXPECT_EQ(badValue("Privilege"), wd100("Command=SetUser&ID=2&Privilege=Operator"));
-            EXPECT_EQ(badValue("Privilege"),
-                      wd100("Command=SetUser&ID=2&Privilege=User&Enabled=No"));
-            EXPECT_EQ(0u, changes(machine));
-            // Other changes to the administrator are fine.
-            EXPECT_EQ(kDone, wd100("Command=SetUser&ID=2&Name=chief&Privilege=Administrator"));
-
-            // With a second administrator enabled, the first may go.
-            EXPECT_EQ(
-                kDone,
-                wd100("Command=SetUser&ID=3&Name=deputy&Privilege=Administrator&Enabled=Yes"));
-            EXPECT_EQ(kDone, wd100("Command=SetUser&ID=2&Enabled=No"));
             EXPECT_FALSE(machine.managementController()->users().user(2).enabled);
-            EXPECT_EQ(badValue("Enabled"), wd100("Command=SetUser&ID=3&Enabled=No"));
         });
 }
 
 // A controller that leaves enable status unspecified and refuses the name of
 // the null user (as some standard ones do): the users are read all the same,
-// enabled when they reach the channel, and the last administrator still stays.
+// enabled when they reach the channel, and the last administrator stays.
 TEST(Wd100Page, UsersOfAControllerWithoutEnableStatus)
 {
-    Sim::Machine machine;
-    Sim::ManagementController& controller = addTwoUserController(machine);
-    controller.users().reportsEnableStatus = false;
-    controller.refuse(0x06, 0x46, {0x01}, 0xCC);
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            const std::string users = "\"Users\":[{\"ID\":1,\"Name\":\"\",\"Enabled\":\"No\","
-                                      "\"Privilege\":\"NoAccess\"},{\"ID\":2,\"Name\":\"admin\","
-                                      "\"Enabled\":\"Yes\",\"Privilege\":\"Administrator\"}]";
-            EXPECT_NE(std::string::npos, wd100("Command=Query").find(users));
-            EXPECT_EQ(badValue("Enabled"), wd100("Command=SetUser&ID=2&Enabled=No"));
-            EXPECT_EQ(0u, changes(machine));
-        });
+    onController({{"Query",
+                   HasSubstr("\"Users\":[{\"ID\":1,\"Name\":\"\",\"Enabled\":\"No\",\"Privilege\":"
+                             "\"NoAccess\"},{\"ID\":2,\"Name\":\"admin\",\"Enabled\":\"Yes\","
+                             "\"Privilege\":\"Administrator\"}]"),
+                   ""},
+                  {"SetUser&ID=2&Enabled=No", badValue("Enabled"), ""}},
+                 [](Sim::ManagementController& c)
+                 {
+                     c.users().reportsEnableStatus = false;
+                     c.refuse(0x06, 0x46, {0x01}, 0xCC);
+                 });
 }
 
-TEST(Wd100Page, RefusalsNameTheRequestAndTheCompletionCode)
+// The access mode goes into both settings with the alerting switch kept;
+// a refusal names the request and its completion code, and nothing follows.
+TEST(Wd100Page, SetServicesAndPowerPolicyAndTheirRefusals)
 {
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    Sim::ManagementController& controller = *machine.managementController();
-    controller.refuse(0x06, 0x45, {}, 0xCC);
-    controller.refuse(0x06, 0x40, {0x01, 0x80}, 0xCC); // the active access mode
-    controller.refuse(0x00, 0x06, {0x00}, 0xD6);
-    controller.refuse(0x0C, 0x21, {0x01, 0x06}, 0x80); // the volatile bit rate
-    onSimulatedServer(
-        machine,
+    onController(
+        {{"SetServices&LANEnabled=No&SOLEnabled=No&BaudRate=19200", kDone,
+          "0640:016000 0640:01A000 0C21:010001 0C21:010100 0C21:010507 0C21:010607 0C21:010002 "
+          "0C21:010000"},
+         {"SetPowerPolicy&Policy=alwayson", kDone, "0006:02"},
+         {"Query",
+          HasSubstr("\"Services\":{\"LANEnabled\":\"No\",\"SOLEnabled\":\"No\",\"BaudRate\":"
+                    "19200},\"PowerPolicy\":\"AlwaysOn\","),
+          ""}},
+        [](Sim::ManagementController& c) { c.lan().nonVolatileAccess = 0x22; });
+    onController(
+        {{"SetUser&ID=2&Name=chief&Password=new-one", refused("Name", "CC"), "0645:02'chief'00*11"},
+         {"SetServices&LANEnabled=No&SOLEnabled=No", refused("LANEnabled", "CC"), _},
+         {"SetPowerPolicy&Policy=AlwaysOff", refused("Policy", "D6"), "0006:00"},
+         {"SetServices&BaudRate=9600", refused("BaudRate", "80"), _}},
+        [](Sim::ManagementController& c)
+        {
+            c.refuse(0x06, 0x45, {}, 0xCC);
+            c.refuse(0x06, 0x40, {0x01, 0x80}, 0xCC); // the active access mode
+            c.refuse(0x00, 0x06, {0x00}, 0xD6);
+            c.refuse(0x0C, 0x21, {0x01, 0x06}, 0x80); // the volatile bit rate
+        },
+        2,
         [](Sim::Machine& machine)
         {
-            EXPECT_EQ(refused("Name", "CC"),
-                      wd100("Command=SetUser&ID=2&Name=chief&Password=new-one"));
-            EXPECT_TRUE(sent(machine, 0x06, 0x47).empty()) << "nothing after the refusal";
-            EXPECT_EQ(refused("LANEnabled", "CC"),
-                      wd100("Command=SetServices&LANEnabled=No&SOLEnabled=No"));
-            EXPECT_TRUE(sent(machine, 0x0C, 0x21).empty());
-            EXPECT_EQ(refused("Policy", "D6"), wd100("Command=SetPowerPolicy&Policy=AlwaysOff"));
-            EXPECT_EQ(refused("BaudRate", "80"), wd100("Command=SetServices&BaudRate=9600"));
-            EXPECT_EQ((Bytes{1, 0, 0}), sent(machine, 0x0C, 0x21).back());
-
+            EXPECT_THAT(ipmiLog(machine, 0, "0C21"), testing::EndsWith("0C21:010000"));
             machine.managementController()->silent = true;
-            EXPECT_EQ(refused("Policy", "none"), wd100("Command=SetPowerPolicy&Policy=AlwaysOn"));
-        });
-}
-
-TEST(Wd100Page, SetServicesAndPowerPolicy)
-{
-    Sim::Machine machine;
-    addTwoUserController(machine);
-    machine.managementController()->lan().nonVolatileAccess = 0x22; // alerting off, always
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            EXPECT_EQ(kDone,
-                      wd100("Command=SetServices&LANEnabled=No&SOLEnabled=No&BaudRate=19200"));
-            // The access mode in both settings, the alerting switch kept.
-            EXPECT_EQ((std::vector<Bytes>{{1, 0x60, 0}, {1, 0xA0, 0}}), sent(machine, 0x06, 0x40));
-            std::vector<Bytes> sol = {{1, 0, 1}, {1, 1, 0}, {1, 5, 7},
-                                      {1, 6, 7}, {1, 0, 2}, {1, 0, 0}};
-            EXPECT_EQ(sol, sent(machine, 0x0C, 0x21));
-            EXPECT_EQ(kDone, wd100("Command=SetPowerPolicy&Policy=alwayson"));
-            EXPECT_EQ(std::vector<Bytes>{{0x02}}, sent(machine, 0x00, 0x06));
-            std::string answer = wd100("Command=Query");
-            EXPECT_NE(std::string::npos,
-                      answer.find("\"Services\":{\"LANEnabled\":\"No\",\"SOLEnabled\":\"No\","
-                                  "\"BaudRate\":19200},\"PowerPolicy\":\"AlwaysOn\","))
-                << answer;
+            EXPECT_EQ(refused("Policy", "none"),
+                      TestSupport::runPage("wd100.nsp", "Command=SetPowerPolicy&Policy=AlwaysOn"));
         });
 }

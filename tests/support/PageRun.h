@@ -7,9 +7,11 @@
 namespace TestSupport
 {
 
-// One page run through a page processor of its own, as the entry point runs
-// it, but without starting the library (so no start-up job runs beside it);
-// the answer the page flushed.
+// One command page run through a page processor of its own, as the entry
+// point runs "zrmedia://Tidewell/<page>?<query>", but without starting the
+// library (so no start-up job runs beside it): the text the page flushed.
+// Pages that act on hardware must run on a simulated server
+// (tests/support/SimulatedServer.h), never on this machine.
 inline std::string runPage(const char* page, const std::string& query)
 {
     Common::string buffer;
