@@ -125,8 +125,12 @@ TEST(SMBios, ABrokenTableEndsTheWalkAtTheFirstStructureThatDoesNotFit)
               Decoded(Sim::SmbiosBuilder().raw({195, 0xF0, 0, 0, 1, 'x', 0, 0})).smbios.GetRecordByType(195));
     EXPECT_EQ("", str(Decoded(Sim::SmbiosBuilder().raw({195, 5, 0, 0, 1, 'Z', 'R', '0', '7'}))
                           .smbios.GetServerID()));
-    EXPECT_EQ("unknown", str(Decoded(Sim::SmbiosBuilder().structure(4, {0, 3, 0, 1}, {"Kestrel"}))
-                                 .smbios.GetProcessorManufacturer()));
+    std::vector<std::uint8_t> upToStatus(20, 0); // ends just before the status at 0x18
+    upToStatus[1] = 3;                           // a central processor
+    upToStatus[3] = 1;                           // its maker: string 1
+    EXPECT_EQ("unknown", str(Decoded(Sim::SmbiosBuilder().structure(4, upToStatus, {"Kestrel"}))
+                                 .smbios.GetProcessorManufacturer()))
+        << "the status would be the string's first byte";
 }
 
 TEST(SMBios, EntryPointIsFoundAnywhereInTheAreaWithItsFieldsInside)
