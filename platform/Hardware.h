@@ -55,7 +55,8 @@ public:
     // mapMemory wants a page-aligned `address`; it gives null on failure and
     // the mapping must be released with unmapMemory and the same length. ROM
     // code is entered only inside an `executable` mapping (current kernels
-    // run no code from a mapping without execute permission).
+    // run no code from a mapping without execute permission), and a write
+    // through a mapping that is not `writable` faults.
     virtual int openMemory(bool writable) = 0;
     virtual bool readMemory(int memory, unsigned long long address, void* buffer,
                             unsigned length) = 0;
