@@ -171,28 +171,21 @@ TEST(RomCall, InitReportsWhatFailedAndFiniReleasesEverything)
 {
     Sim::Machine noMemory;
     noMemory.faults().noPhysicalMemory = true;
-    onSimulatedServer(noMemory,
-                      [](Sim::Machine&)
-                      {
-                          CapturedStandardError captured;
-                          rominfo_t info = {};
-                          EXPECT_EQ(-1, romcall_init(&info, 0));
-                          EXPECT_EQ(0, romcall_fini(&info));
-                          EXPECT_EQ(0u, captured.text().find("opening /dev/mem: "));
-                      });
-
     Sim::Machine noMapping;
     noMapping.faults().noMemoryMapping = true;
-    onSimulatedServer(noMapping,
-                      [](Sim::Machine&)
-                      {
-                          CapturedStandardError captured;
-                          rominfo_t info = {};
-                          EXPECT_EQ(-1, romcall_init(&info, 0));
-                          EXPECT_EQ(0, romcall_fini(&info));
-                          EXPECT_EQ(0u, captured.text().find("mmaping /dev/mem: "));
-                          EXPECT_EQ(0, info.fd);
-                      });
+    for (auto* machine : {&noMemory, &noMapping})
+        onSimulatedServer(*machine,
+                          [](Sim::Machine& server)
+                          {
+                              CapturedStandardError captured;
+                              rominfo_t info = {};
+                              EXPECT_EQ(-1, romcall_init(&info, 0));
+                              EXPECT_EQ(0, romcall_fini(&info));
+                              EXPECT_EQ(0u, captured.text().find(server.faults().noPhysicalMemory
+                                                                     ? "opening /dev/mem: "
+                                                                     : "mmaping /dev/mem: "));
+                              EXPECT_EQ(0, info.fd);
+                          });
 
     Sim::Machine unsigned_;
     onSimulatedServer(unsigned_,
