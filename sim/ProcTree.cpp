@@ -46,7 +46,19 @@ void add(Tree& tree, std::string const& path, Node::Kind kind, std::string const
     tree[path] = Node{kind, contents};
 }
 
-void addProcBusPci(Machine const& machine, Tree& tree)
+// A two-digit bus folder name, or -1.
+int busNamed(std::string const& name)
+{
+    unsigned bus = 0;
+    char end = 0;
+    return name.size() == 2 && std::sscanf(name.c_str(), "%2x%c", &bus, &end) == 1
+               ? static_cast<int>(bus)
+               : -1;
+}
+
+// "/proc/bus/pci": the bus folders, the "devices" file (its text only when
+// `withDevices`) and the function files of bus `only` (none: -1).
+void addProcBusPci(Machine const& machine, int only, bool withDevices, Tree& tree)
 {
     std::string const base = "/proc/bus/pci";
     addFolder(tree, base);
@@ -54,9 +66,15 @@ void addProcBusPci(Machine const& machine, Tree& tree)
     for (auto const& [at, function] : machine.bridge().functions())
     {
         auto const& config = function->config();
-        std::size_t size = std::min<std::size_t>(function->procFileSize(), config.size());
-        add(tree, base + "/" + hex(at.bus, 2) + "/" + hex(at.device, 2) + "." + hex(at.function, 1),
-            Node::Kind::File, std::string(config.begin(), config.begin() + size));
+        addFolder(tree, base + "/" + hex(at.bus, 2));
+        if (only == at.bus)
+        {
+            std::size_t size = std::min<std::size_t>(function->procFileSize(), config.size());
+            add(tree, base + "/" + hex(at.bus, 2) + "/" + hex(at.device, 2) + "." + hex(at.function, 1),
+                Node::Kind::File, std::string(config.begin(), config.begin() + size));
+        }
+        if (!withDevices)
+            continue;
         unsigned vendor = config[0] | config[1] << 8;
         unsigned device = config[2] | config[3] << 8;
         devices += hex(at.bus, 2) + hex(at.device << 3 | at.function, 2) + "\t" + hex(vendor, 4) +
@@ -116,21 +134,26 @@ void addDiskAttributes(Disk const& disk, Tree& tree)
 }
 
 // The PCI functions' folders, or only the one named `only`, with their
-// disks.
+// disks. Compared by location: a server of many disks asks once per folder.
 void addSysfsDevices(Machine const& machine, std::string const& only, Tree& tree)
 {
     addFolder(tree, "/sys/bus/pci/devices");
+    unsigned bus = 0, device = 0, function = 0;
+    bool one = !only.empty();
+    if (one && (std::sscanf(only.c_str(), "0000:%2x:%2x.%1u", &bus, &device, &function) != 3 ||
+                sysfsName({static_cast<std::uint8_t>(bus), static_cast<std::uint8_t>(device),
+                           static_cast<std::uint8_t>(function)}) != only))
+        return;
+    PciLocation const wanted{static_cast<std::uint8_t>(bus), static_cast<std::uint8_t>(device),
+                             static_cast<std::uint8_t>(function)};
     for (auto const& located : machine.bridge().functions())
-    {
-        std::string name = sysfsName(located.first);
-        if (only.empty() || only == name)
+        if (!one || located.first == wanted)
             // As in the kernel's tree: a link back up, which a walk must not follow.
-            add(tree, "/sys/bus/pci/devices/" + name + "/subsystem", Node::Kind::Link,
-                "/sys/bus/pci");
-    }
+            add(tree, "/sys/bus/pci/devices/" + sysfsName(located.first) + "/subsystem",
+                Node::Kind::Link, "/sys/bus/pci");
     for (Disk const& disk : machine.disks())
     {
-        if (!only.empty() && only != sysfsName(disk.controller))
+        if (one && !(disk.controller == wanted))
             continue;
         if (disk.inBlockFolder)
         {
@@ -184,8 +207,8 @@ Tree reachable(Machine const& machine, std::vector<std::string> const& names)
     auto name = [&](std::size_t i) { return i < names.size() ? names[i] : std::string(); };
     if (name(0) == "proc")
     {
-        if (!machine.faults().noProcBusPci)
-            addProcBusPci(machine, tree);
+        if (!machine.faults().noProcBusPci && name(1) == "bus")
+            addProcBusPci(machine, busNamed(name(3)), name(3) == "devices", tree);
         if (machine.hasVlmpci())
             add(tree, "/proc/vlmpci", Node::Kind::File, vlmpci(machine));
         add(tree, "/proc/devices", Node::Kind::File, devices(machine));
