@@ -179,7 +179,6 @@ int main(int argc, char** argv)
         const unsigned size = kSizes[s];
         addControllers(machine, database.entries, built, size);
         built = size;
-        server.refreshFiles();
         // Also the warm-up of this size.
         if (!complete(Collection::AllStorage(boards), size))
         {

@@ -7,8 +7,7 @@
 #include "common/OutputStreamToFile.h"
 #include "common/Sort.h"
 #include "common/XML.h"
-#include "common/filesystem/Filesystem.h"
-#include "platform/Hardware.h"
+#include "common/system/KernelFiles.h"
 
 namespace Collection
 {
@@ -34,7 +33,7 @@ void sortNames(Common::list<Common::string>& names)
 // two lower-case hexadecimal digits, the function in decimal.
 Common::string deviceFolder(const PCIStorageController& controller)
 {
-    return Common::Platform::hardware().path("/sys/bus/pci/devices/") +
+    return "/sys/bus/pci/devices/" +
            Common::formatShort("0000:%02x:%02x.%u/", controller.bus(), controller.device(),
                                static_cast<unsigned>(controller.function()));
 }
@@ -52,8 +51,7 @@ Common::string kernelName(const Common::string& entry)
 Common::string readBlockAttribute(const Common::string& name, const char* attribute)
 {
     Common::string text;
-    Common::Filesystem::getContents(
-        Common::Platform::hardware().path("/sys/block/") + name + "/" + attribute, text);
+    Common::System::KernelFiles::read("/sys/block/" + name + "/" + attribute, text);
     return text;
 }
 
@@ -141,20 +139,24 @@ bool AllStorage::Save(const Common::string& path) const
 
 void AllStorage::BlockList(const Common::string& directory, Common::list<Common::string>& out)
 {
-    const Common::list<Common::string> names = Common::Filesystem::getDirectoryList(directory);
-    for (Common::list<Common::string>::const_iterator it = names.begin(); it != names.end(); ++it)
+    Common::list<Common::Platform::FolderEntry> entries;
+    Common::System::KernelFiles::listFolder(directory, entries);
+    for (Common::list<Common::Platform::FolderEntry>::const_iterator it = entries.begin();
+         it != entries.end(); ++it)
     {
-        const Common::string path = directory + *it;
-        if (beginsWith(*it, kOlderEntryPrefix))
+        const Common::string path = directory + it->name;
+        if (beginsWith(it->name, kOlderEntryPrefix))
             out.push_back(path);
-        else if (Common::Filesystem::isSymbolicLink(path))
+        else if (it->symbolicLink || !it->folder)
             continue;
-        else if (*it == kBlockFolder)
+        else if (it->name == kBlockFolder)
         {
-            Common::list<Common::string> disks = Common::Filesystem::getDirectoryList(path);
-            for (Common::list<Common::string>::const_iterator disk = disks.begin();
+            Common::list<Common::Platform::FolderEntry> disks;
+            Common::System::KernelFiles::listFolder(path, disks);
+            for (Common::list<Common::Platform::FolderEntry>::const_iterator disk = disks.begin();
                  disk != disks.end(); ++disk)
-                out.push_back(path + "/" + *disk);
+                if (disk->folder || disk->symbolicLink)
+                    out.push_back(path + "/" + disk->name);
         }
         else
             BlockList(path + "/", out);

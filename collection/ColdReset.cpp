@@ -1,7 +1,7 @@
 #include "collection/ColdReset.h"
 
+#include "common/system/Clock.h"
 #include "common/system/NVRAM.h"
-#include "platform/Hardware.h"
 
 using Common::System::NVRAM;
 
@@ -54,12 +54,12 @@ void ColdReset::RequestSetupResetThroughNVRAM()
 {
     NVRAM::Write(kCommandSelect, kCommandMode);
     NVRAM::Write(kSetupReset, static_cast<unsigned char>(0));
-    Common::Platform::Hardware& hardware = Common::Platform::hardware();
-    unsigned long long start = hardware.elapsedMicroseconds();
+    using Common::System::Clock;
+    unsigned long long start = Clock::elapsedMicroseconds();
     unsigned char value = 0;
     while (NVRAM::Read(kSetupReset, value) && value != 0 &&
-           hardware.elapsedMicroseconds() - start < kSetupResetWait)
-        hardware.sleepMicroseconds(kSetupResetPoll);
+           Clock::elapsedMicroseconds() - start < kSetupResetWait)
+        Clock::sleepMicroseconds(kSetupResetPoll);
 }
 
 } // namespace Collection

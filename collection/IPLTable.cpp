@@ -10,7 +10,7 @@ namespace Collection
 namespace
 {
 const unsigned long long kBiosSegment = 0xF0000;
-const unsigned int kSegmentSize = 0x10000;
+const unsigned int kSegmentSize = IPLTable::kSegmentSize;
 const unsigned int kSignatureSize = 4;
 const unsigned int kEntrySize = 16;
 
@@ -93,9 +93,18 @@ private:
 IPLTable::IPLTable()
 {
     SegmentCopy segment;
-    if (!segment.read())
-        return;
-    const unsigned char* bytes = segment.bytes();
+    if (segment.read())
+        decode(segment.bytes());
+}
+
+IPLTable::IPLTable(const unsigned char* segment)
+{
+    if (segment != nullptr)
+        decode(segment);
+}
+
+void IPLTable::decode(const unsigned char* bytes)
+{
     unsigned int at = findSignature(bytes, kSegmentSize);
     if (at == kSegmentSize)
         return;

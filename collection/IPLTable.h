@@ -34,6 +34,10 @@ public:
     static const unsigned int kMaximumEntries = 16;
 
     IPLTable();
+    // Decodes a copy of the BIOS segment (kSegmentSize bytes from physical
+    // 0xF0000) instead of reading memory.
+    static const unsigned int kSegmentSize = 0x10000;
+    explicit IPLTable(const unsigned char* segment);
     virtual ~IPLTable();
 
     // Entries are numbered 0..count()-1 in ROM order.
@@ -43,6 +47,8 @@ public:
     const _IPL_TABLE_ENTRY& operator[](unsigned int index) const;
 
 private:
+    void decode(const unsigned char* segment);
+
     Common::map<unsigned int, _IPL_TABLE_ENTRY> m_entries;
 };
 

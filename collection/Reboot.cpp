@@ -2,9 +2,10 @@
 
 #include "collection/ChassisCommands.h"
 #include "collection/ColdReset.h"
+#include "common/system/Clock.h"
 #include "common/system/EnvironmentVariable.h"
 #include "common/system/NVRAM.h"
-#include "platform/Hardware.h"
+#include "common/system/Restart.h"
 
 namespace Collection
 {
@@ -74,7 +75,7 @@ int Reboot::Perform()
         recordTarget();
     if (m_coldBoot)
         resetCold();
-    return Common::Platform::hardware().reboot(kRebootMagic, kRebootMagic2, kRebootRestart);
+    return Common::System::Restart::reboot(kRebootMagic, kRebootMagic2, kRebootRestart);
 }
 
 void Reboot::recordTarget()
@@ -104,7 +105,7 @@ void Reboot::resetCold()
         Common::IPMI().execute(ChassisCommands::kNetFn, ChassisCommands::kChassisControl, request,
                                response);
     }
-    Common::Platform::hardware().sleepMicroseconds(kSettleMicroseconds);
+    Common::System::Clock::sleepMicroseconds(kSettleMicroseconds);
 }
 
 } // namespace Collection

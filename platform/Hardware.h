@@ -1,6 +1,7 @@
 #pragma once
 
-#include "common/String.h"
+#include "common/List.h"
+#include "platform/FolderEntry.h"
 
 struct RomCallRegisters;
 struct ipmi_req;
@@ -12,10 +13,11 @@ namespace Platform
 {
 
 // The one seam through which every hardware effect of the module passes:
-// physical memory, I/O privilege and ports, the IPMI device, ROM code, the
-// shell commands that load kernel modules and create device nodes, the reboot
-// call, waits that exist only for hardware, and the fixed paths under /dev,
-// /proc and /sys.
+// physical memory, I/O privilege and ports, PCI configuration files, the
+// IPMI device, ROM code, kernel modules and the IPMI device node, the files
+// the kernel shows under /proc and /sys, the reboot call, and waits that
+// exist only for hardware. Code above the seam never opens a path under
+// /dev, /proc or /sys itself: each such access is a call here.
 //
 // Two backends implement it: the real machine (platform/RealHardware) and the
 // simulated server (sim/). One of them serves the whole process; it is chosen
@@ -28,10 +30,24 @@ class Hardware
 public:
     virtual ~Hardware() {}
 
-    // `fixedPath` (an absolute path such as "/proc/bus/pci") as this backend
-    // places it: unchanged on the real machine, under a scratch root on the
-    // simulated one.
-    virtual string path(char const* fixedPath) const = 0;
+    // Files the kernel shows under "/proc" and "/sys", named by absolute path
+    // ("/proc/devices", "/sys/block/sda/size"). readFile gives the whole
+    // contents; listFolder the entries ("." and ".." left out) in the
+    // kernel's order. Both are false when the file or folder is missing or
+    // unreadable; the kernel may remove an entry between two calls.
+    virtual bool readFile(char const* fixedPath, string& contents) = 0;
+    virtual bool listFolder(char const* fixedPath, list<FolderEntry>& entries) = 0;
+
+    // The configuration space of one PCI function through its kernel file
+    // "/proc/bus/pci/BB/DD.F". openPCIConfig takes open(2) `flags` and gives
+    // a handle (negative on failure, errno set); read and write move exactly
+    // `length` bytes at `offset` or fail (the kernel's file is often shorter
+    // than the function's space: 64 bytes for unprivileged readers).
+    virtual int openPCIConfig(int bus, int device, int function, int flags) = 0;
+    virtual bool readPCIConfig(int config, long long offset, void* buffer, unsigned length) = 0;
+    virtual bool writePCIConfig(int config, long long offset, void const* buffer,
+                                unsigned length) = 0;
+    virtual void closePCIConfig(int config) = 0;
 
     // Physical memory, reached like the file "/dev/mem": open gives a handle
     // (negative on failure, errno set), which read, map and close take.
@@ -39,7 +55,8 @@ public:
     // mapMemory wants a page-aligned `address`; it gives null on failure and
     // the mapping must be released with unmapMemory and the same length. ROM
     // code is entered only inside an `executable` mapping (current kernels
-    // run no code from a mapping without execute permission).
+    // run no code from a mapping without execute permission), and a write
+    // through a mapping that is not `writable` faults.
     virtual int openMemory(bool writable) = 0;
     virtual bool readMemory(int memory, unsigned long long address, void* buffer,
                             unsigned length) = 0;
@@ -75,9 +92,13 @@ public:
     virtual bool waitForIPMIReply(int device, unsigned timeoutMilliseconds) = 0;
     virtual int receiveIPMI(int device, ipmi_recv& reply) = 0;
 
-    // Runs a command through the system shell (module loading, device nodes);
-    // the result is system()'s.
-    virtual int runShellCommand(char const* command) = 0;
+    // Loads the kernel module `name` ("modprobe"), and creates "/dev/ipmi0"
+    // as the character device `major`, minor 0, readable and writable by its
+    // owner only ("mknod"). A wrong major makes a node of another device;
+    // `name` goes into the command unquoted: fixed names only.
+    // The results are the commands' exit statuses as system() gives them.
+    virtual int loadKernelModule(char const* name) = 0;
+    virtual int makeIPMIDeviceNode(int major) = 0;
 
     // The reboot system call; returns only when it fails.
     virtual int reboot(int magic, int magic2, int command) = 0;

@@ -91,11 +91,28 @@ extern "C"
     {
         if (count == nullptr)
             return -1;
+        if (buffer != nullptr && *count > 0)
+            std::memset(buffer, 0, sizeof(_PCIIRQROUTENTRY) * static_cast<unsigned>(*count));
+        Common::string text;
+        if (!Common::Platform::hardware().readFile("/proc/vlmpci", text))
+            return -1;
+        return pci_irq_route_table_from_text(text.c_str(), text.size(), buffer, count);
+    }
+
+    int pci_irq_route_table_from_text(char const* text, unsigned length, _PCIIRQROUTENTRY* buffer,
+                                      int* count)
+    {
+        if (count == nullptr || (text == nullptr && length > 0))
+            return -1;
         int capacity = *count > 0 ? *count : 0;
         if (buffer != nullptr)
             std::memset(buffer, 0, sizeof(_PCIIRQROUTENTRY) * static_cast<unsigned>(capacity));
-        Common::string name = Common::Platform::hardware().path("/proc/vlmpci");
-        std::FILE* file = std::fopen(name.c_str(), "re");
+        *count = 0;
+        if (length == 0)
+            return 0;
+        // Read as a file, line by line into the same 80-byte buffer the
+        // kernel's file was always read with: a longer line counts as two.
+        std::FILE* file = ::fmemopen(const_cast<char*>(text), length, "r");
         if (file == nullptr)
             return -1;
 
@@ -167,7 +184,7 @@ extern "C"
             }
             if (found == nullptr)
                 continue;
-            DIR* devices;
+            PCIListing* devices;
             for (int devfn = first_device(&devices, bus); devfn >= 0; devfn = next_device(&devices))
             {
                 if (buffer != nullptr && *count < capacity)

@@ -46,10 +46,10 @@ extern "C"
     // values of one bus ("DD.F" entries), in directory order; -1 at the end.
     // The function that meets the end closes the listing and sets *dir to
     // null; a null listing is ended.
-    int first_bus(DIR** dir);
-    int next_bus(DIR** dir);
-    int first_device(DIR** dir, int bus);
-    int next_device(DIR** dir);
+    int first_bus(PCIListing** dir);
+    int next_bus(PCIListing** dir);
+    int first_device(PCIListing** dir, int bus);
+    int next_device(PCIListing** dir);
 
     // Bus/devfn values over all buses; -1 at the end. A bus directory without
     // devices after the first bus ends the walk there (deliberately kept).
@@ -65,8 +65,14 @@ extern "C"
     // else from the ROM's table, extended for devices behind bridges; *count
     // becomes the number of entries found, which may exceed the capacity.
     int pci_irq_route_table(_PCIIRQROUTENTRY* buffer, int* count);
-    // The entries of "/proc/vlmpci" (read afresh on every call).
+    // The entries of "/proc/vlmpci" (read afresh on every call); -1 when the
+    // file cannot be read.
     int pci_irq_route_table_from_proc(_PCIIRQROUTENTRY* buffer, int* count);
+    // The entries of `length` bytes of "/proc/vlmpci" text: the lines after
+    // the one holding the first "(" and one more, up to a line beginning
+    // with ")". Decodes only: touches no file and no hardware.
+    int pci_irq_route_table_from_text(char const* text, unsigned length, _PCIIRQROUTENTRY* buffer,
+                                      int* count);
     // The ROM's table, fetched once per process: -1 when there is none. At
     // most the capacity *count is copied; *count becomes the ROM's count.
     int copy_irq_route_table_from_rom_internal(_PCIIRQROUTENTRY* buffer, int* count);

@@ -1,49 +1,22 @@
+#include "platform/Hardware.h"
 #include "platform/ProcPCI.h"
-#include "platform/ProcPCIPath.h"
 
-#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <unistd.h>
 
-namespace
-{
-// Positions `fd` at `offset` exactly; false when the seek lands elsewhere.
-bool seekTo(int fd, long long offset)
-{
-    return offset >= 0 && ::lseek(fd, static_cast<off_t>(offset), SEEK_SET) == offset;
-}
-
-template <class Transfer> bool transferAll(Transfer transfer, int length)
-{
-    int done = 0;
-    while (done < length)
-    {
-        ssize_t moved = transfer(done, length - done);
-        if (moved < 0 && errno == EINTR)
-            continue;
-        if (moved <= 0)
-            return false;
-        done += static_cast<int>(moved);
-    }
-    return true;
-}
-} // namespace
+using Common::Platform::hardware;
 
 extern "C"
 {
 
     int pci_open(int bus, int device, int function, int flags)
     {
-        Common::string name = Common::Platform::procBusPciFunction(bus, device, function);
-        if (name.empty())
-            return -1;
-        return ::open(name.c_str(), flags | O_CLOEXEC);
+        return hardware().openPCIConfig(bus, device, function, flags);
     }
 
     int pci_close(int fd)
     {
-        ::close(fd);
+        hardware().closePCIConfig(fd);
         return 0;
     }
 
@@ -56,10 +29,7 @@ extern "C"
         int fd = pci_open(bus, device, function, O_RDONLY);
         if (fd < 0)
             return -1;
-        char* into = static_cast<char*>(buffer);
-        bool complete =
-            seekTo(fd, offset) &&
-            transferAll([&](int done, int left) { return ::read(fd, into + done, left); }, length);
+        bool complete = hardware().readPCIConfig(fd, offset, buffer, static_cast<unsigned>(length));
         pci_close(fd);
         return complete ? 0 : -1;
     }
@@ -72,10 +42,8 @@ extern "C"
         int fd = pci_open(bus, device, function, O_RDWR);
         if (fd < 0)
             return -1;
-        char const* from = static_cast<char const*>(buffer);
         bool complete =
-            seekTo(fd, offset) &&
-            transferAll([&](int done, int left) { return ::write(fd, from + done, left); }, length);
+            hardware().writePCIConfig(fd, offset, buffer, static_cast<unsigned>(length));
         pci_close(fd);
         return complete ? 0 : -1;
     }

@@ -1,8 +1,17 @@
+#include "platform/Hardware.h"
 #include "platform/ProcPCI.h"
-#include "platform/ProcPCIPath.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+
+// The entries of one folder, taken at once, and how far the caller has read.
+struct PCIListing
+{
+    Common::list<Common::Platform::FolderEntry> entries;
+    Common::list<Common::Platform::FolderEntry>::const_iterator next;
+};
 
 namespace
 {
@@ -11,26 +20,38 @@ bool isHexDigit(char c)
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
+// The listing of `folder`, or null when it cannot be listed.
+PCIListing* openListing(char const* folder)
+{
+    PCIListing* listing = new (std::nothrow) PCIListing;
+    if (listing == nullptr)
+        return nullptr;
+    if (!Common::Platform::hardware().listFolder(folder, listing->entries))
+    {
+        delete listing;
+        return nullptr;
+    }
+    listing->next = listing->entries.begin();
+    return listing;
+}
+
 // The next entry's name, or null after closing the listing at its end.
-char const* nextName(DIR** dir)
+char const* nextName(PCIListing** dir)
 {
     if (dir == nullptr || *dir == nullptr)
         return nullptr;
-    dirent* entry = ::readdir(*dir);
-    if (entry != nullptr)
-        return entry->d_name;
-    ::closedir(*dir);
+    if ((*dir)->next != (*dir)->entries.end())
+        return ((*dir)->next++)->name.c_str();
+    delete *dir;
     *dir = nullptr;
     return nullptr;
 }
 
-void closeListing(DIR** dir)
+void closeListing(PCIListing** dir)
 {
-    if (*dir != nullptr)
-        ::closedir(*dir);
+    delete *dir;
     *dir = nullptr;
 }
-
 int endWalk(_PCI_ITER* iter)
 {
     closeListing(&iter->deviceDirectory);
@@ -43,15 +64,15 @@ int endWalk(_PCI_ITER* iter)
 extern "C"
 {
 
-    int first_bus(DIR** dir)
+    int first_bus(PCIListing** dir)
     {
         if (dir == nullptr)
             return -1;
-        *dir = ::opendir(Common::Platform::procBusPci().c_str());
+        *dir = openListing("/proc/bus/pci");
         return next_bus(dir);
     }
 
-    int next_bus(DIR** dir)
+    int next_bus(PCIListing** dir)
     {
         // Only names of exactly two hexadecimal digits are buses ("devices",
         // "." and ".." are not).
@@ -61,16 +82,17 @@ extern "C"
         return -1;
     }
 
-    int first_device(DIR** dir, int bus)
+    int first_device(PCIListing** dir, int bus)
     {
         if (dir == nullptr)
             return -1;
-        Common::string name = Common::Platform::procBusPciBus(bus);
-        *dir = name.empty() ? nullptr : ::opendir(name.c_str());
+        char folder[32];
+        std::snprintf(folder, sizeof folder, "/proc/bus/pci/%2.2x", bus);
+        *dir = openListing(folder);
         return next_device(dir);
     }
 
-    int next_device(DIR** dir)
+    int next_device(PCIListing** dir)
     {
         // "DD.F": the device is the hex number at the start, the function the
         // one from the fourth character.

@@ -1,16 +1,21 @@
 #include "platform/RealHardware.h"
 
+#include "common/filesystem/Filesystem.h"
 #include "platform/PortInstructions.h"
 #include "platform/RomCall.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/ipmi.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -22,11 +27,99 @@ namespace Platform
 namespace
 {
 char const kPhysicalMemory[] = "/dev/mem";
+
+// Positions `fd` at `offset` exactly; false when the seek lands elsewhere.
+bool seekTo(int fd, long long offset)
+{
+    return offset >= 0 && ::lseek(fd, static_cast<off_t>(offset), SEEK_SET) == offset;
+}
+
+// Repeats `transfer(done)` (a read or write of the rest) until `length`
+// bytes have moved; false at an end of file or an error.
+template <class Transfer> bool transferAll(Transfer transfer, unsigned length)
+{
+    unsigned done = 0;
+    while (done < length)
+    {
+        ssize_t moved = transfer(done);
+        if (moved < 0 && errno == EINTR)
+            continue;
+        if (moved <= 0)
+            return false;
+        done += static_cast<unsigned>(moved);
+    }
+    return true;
+}
+
+// Runs `command` through the shell with its output discarded.
+int quietly(char const* command)
+{
+    char line[128];
+    int written = std::snprintf(line, sizeof line, "%s 1>/dev/null 2>/dev/null", command);
+    if (written < 0 || static_cast<unsigned>(written) >= sizeof line)
+        return -1;
+    return std::system(line);
+}
 } // namespace
 
-string RealHardware::path(char const* fixedPath) const
+bool RealHardware::readFile(char const* fixedPath, string& contents)
 {
-    return string(fixedPath);
+    contents.clear();
+    return Filesystem::getContents(fixedPath, contents);
+}
+
+bool RealHardware::listFolder(char const* fixedPath, list<FolderEntry>& entries)
+{
+    entries.clear();
+    DIR* folder = ::opendir(fixedPath);
+    if (folder == nullptr)
+        return false;
+    while (dirent* entry = ::readdir(folder))
+    {
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+            continue;
+        bool isFolder = entry->d_type == DT_DIR;
+        bool isLink = entry->d_type == DT_LNK;
+        struct stat status;
+        if (entry->d_type == DT_UNKNOWN &&
+            ::fstatat(::dirfd(folder), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+        {
+            isFolder = S_ISDIR(status.st_mode);
+            isLink = S_ISLNK(status.st_mode);
+        }
+        entries.push_back(FolderEntry{string(entry->d_name), isFolder, isLink});
+    }
+    ::closedir(folder);
+    return true;
+}
+
+int RealHardware::openPCIConfig(int bus, int device, int function, int flags)
+{
+    char name[64];
+    std::snprintf(name, sizeof name, "/proc/bus/pci/%2.2x/%2.2x.%1.1x", bus, device, function);
+    return ::open(name, flags | O_CLOEXEC);
+}
+
+bool RealHardware::readPCIConfig(int config, long long offset, void* buffer, unsigned length)
+{
+    char* into = static_cast<char*>(buffer);
+    return seekTo(config, offset) &&
+           transferAll([&](unsigned done) { return ::read(config, into + done, length - done); },
+                       length);
+}
+
+bool RealHardware::writePCIConfig(int config, long long offset, void const* buffer,
+                                  unsigned length)
+{
+    char const* from = static_cast<char const*>(buffer);
+    return seekTo(config, offset) &&
+           transferAll([&](unsigned done) { return ::write(config, from + done, length - done); },
+                       length);
+}
+
+void RealHardware::closePCIConfig(int config)
+{
+    ::close(config);
 }
 
 int RealHardware::openMemory(bool writable)
@@ -157,9 +250,20 @@ int RealHardware::receiveIPMI(int device, ipmi_recv& reply)
     return ::ioctl(device, IPMICTL_RECEIVE_MSG_TRUNC, &reply);
 }
 
-int RealHardware::runShellCommand(char const* command)
+int RealHardware::loadKernelModule(char const* name)
 {
-    return std::system(command);
+    char command[96];
+    int written = std::snprintf(command, sizeof command, "modprobe %s", name);
+    if (written < 0 || static_cast<unsigned>(written) >= sizeof command)
+        return -1;
+    return quietly(command);
+}
+
+int RealHardware::makeIPMIDeviceNode(int major)
+{
+    char command[64];
+    std::snprintf(command, sizeof command, "mknod -m 0600 /dev/ipmi0 c %d 0", major);
+    return quietly(command);
 }
 
 int RealHardware::reboot(int magic, int magic2, int command)

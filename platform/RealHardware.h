@@ -8,7 +8,8 @@ namespace Platform
 {
 
 // The machine the process runs on: "/dev/mem", iopl(3) and the port
-// instructions, the ROM, the kernel's IPMI driver, system() and reboot.
+// instructions, the files of "/proc" and "/sys", the ROM, the kernel's IPMI
+// driver, "modprobe" and "mknod" through system(), and reboot.
 //
 // Without privileges nothing crashes or hangs: "/dev/mem" fails to open,
 // port access without I/O privilege executes no in/out instruction (reads
@@ -18,7 +19,13 @@ class RealHardware : public Hardware
 public:
     RealHardware() : m_ioPrivilege(false) {}
 
-    string path(char const* fixedPath) const override;
+    bool readFile(char const* fixedPath, string& contents) override;
+    bool listFolder(char const* fixedPath, list<FolderEntry>& entries) override;
+
+    int openPCIConfig(int bus, int device, int function, int flags) override;
+    bool readPCIConfig(int config, long long offset, void* buffer, unsigned length) override;
+    bool writePCIConfig(int config, long long offset, void const* buffer, unsigned length) override;
+    void closePCIConfig(int config) override;
 
     int openMemory(bool writable) override;
     bool readMemory(int memory, unsigned long long address, void* buffer, unsigned length) override;
@@ -43,7 +50,8 @@ public:
     bool waitForIPMIReply(int device, unsigned timeoutMilliseconds) override;
     int receiveIPMI(int device, ipmi_recv& reply) override;
 
-    int runShellCommand(char const* command) override;
+    int loadKernelModule(char const* name) override;
+    int makeIPMIDeviceNode(int major) override;
     int reboot(int magic, int magic2, int command) override;
 
     void sleepMicroseconds(unsigned int microseconds) override;

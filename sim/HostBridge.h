@@ -42,6 +42,8 @@ public:
         return added;
     }
     PciFunction* find(PciLocation at) const;
+    // Removes every function: a fuzzing run starts from an empty bus.
+    void clear() { m_functions.clear(); }
     std::map<PciLocation, std::unique_ptr<PciFunction>> const& functions() const
     {
         return m_functions;

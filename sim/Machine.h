@@ -28,6 +28,9 @@ struct Faults
     bool noMemoryMapping = false;  // mapping physical memory fails
     bool noIOPrivilege = false;    // iopl(3) fails: ports read all ones
     bool noProcBusPci = false;     // "/proc/bus/pci" is missing
+    // Every n-th read or listing under "/proc" and "/sys" finds nothing, as
+    // when the kernel removes devices during a walk (0: none vanishes).
+    unsigned vanishingEvery = 0;
 };
 
 // One entry line of "/proc/vlmpci".
@@ -160,7 +163,11 @@ public:
     }
 
     // What the module asked of the machine.
-    std::vector<std::string>& shellCommands() { return m_shellCommands; }
+    std::vector<std::string> const& loadedKernelModules() const { return m_loadedModules; }
+    // The majors of the "/dev/ipmi0" nodes made, in order.
+    std::vector<unsigned> const& ipmiNodesMade() const { return m_ipmiNodes; }
+    void recordKernelModule(std::string const& name) { m_loadedModules.push_back(name); }
+    void recordIPMINode(unsigned major) { m_ipmiNodes.push_back(major); }
     std::vector<RebootCall> const& reboots() const { return m_reboots; }
     // Records the call and runs the hook given to atReboot, if any.
     void recordReboot(RebootCall const& call);
@@ -182,7 +189,8 @@ private:
     EnvironmentStore m_environment;
     std::vector<RoutingLine> m_romRoutes;
     std::optional<ManagementController> m_controller;
-    std::vector<std::string> m_shellCommands;
+    std::vector<std::string> m_loadedModules;
+    std::vector<unsigned> m_ipmiNodes;
     std::vector<RebootCall> m_reboots;
     std::function<void()> m_atReboot;
 };

@@ -10,9 +10,11 @@ namespace Sim
 // The simulated server's physical memory: the first MiB, zero-filled, with
 // the BIOS area at its top. Addresses beyond it do not exist.
 //
-// The bytes are mapped executable as well as readable and writable: the ROM
-// services are real x86 code stubs in this memory, entered through the ROM
-// call.
+// The bytes live in a memory file: the machine's own view is readable,
+// writable and executable (the ROM services are real x86 code stubs in this
+// memory, entered through the ROM call), and map() gives further views of
+// the same bytes with the protection a mapping of "/dev/mem" would have, so
+// a write through a read-only view faults as on a server.
 class PhysicalMemory
 {
 public:
@@ -34,8 +36,12 @@ public:
 
     std::uint8_t* at(std::uint64_t address) { return m_bytes + address; }
     std::uint8_t const* begin() const { return m_bytes; }
+    // A view of `length` bytes from the page-aligned `address`, released with
+    // munmap; null when the memory file cannot be mapped.
+    void* map(std::uint64_t address, unsigned length, bool writable, bool executable) const;
 
 private:
+    int m_file;
     std::uint8_t* m_bytes;
 };
 

@@ -1,24 +1,36 @@
 #pragma once
 
-#include <filesystem>
+#include <string>
+#include <vector>
 
 namespace Sim
 {
 
 class Machine;
 
-// Writes the files the kernel would show for a machine under `root`:
-// "proc/bus/pci" (one directory per bus, one file per function holding its
-// configuration space, and the "devices" file), "proc/vlmpci", and the sysfs
-// entries of storage controllers and their disks ("sys/bus/pci/devices",
-// "sys/block").
+// The files the kernel shows for a machine under "/proc" and "/sys":
+// "/proc/bus/pci" (one folder per bus, one file per function holding its
+// configuration space, and the "devices" file), "/proc/vlmpci",
+// "/proc/devices", and the sysfs entries of PCI functions and disks
+// ("/sys/bus/pci/devices", "/sys/block"), with the kernel's symbolic links.
 //
-// The files are a snapshot: writes through them do not reach the simulated
-// bridge, and later changes to the machine need another write.
+// Every question is answered from the machine as it is at that moment, so
+// port writes and later changes show at once. Paths are absolute; symbolic
+// links on the way are followed, as the kernel's path walk does.
 class ProcTree
 {
 public:
-    static void write(Machine const& machine, std::filesystem::path const& root);
+    struct Entry
+    {
+        std::string name;
+        bool folder;
+        bool symbolicLink;
+    };
+
+    static bool read(Machine const& machine, std::string const& path, std::string& contents);
+    // The entries of a folder, sorted by name.
+    static bool list(Machine const& machine, std::string const& path,
+                     std::vector<Entry>& entries);
 };
 
 } // namespace Sim

@@ -5,38 +5,22 @@
 #include "platform/RomCall.h"
 
 #include <algorithm>
-#include <mutex>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <linux/ipmi.h>
+#include <mutex>
+#include <sys/mman.h>
 
 namespace Sim
 {
 
-namespace fs = std::filesystem;
-
-namespace
-{
-fs::path makeScratchRoot()
-{
-    std::string pattern = (fs::temp_directory_path() / "tidewell-sim-XXXXXX").string();
-    char const* made = ::mkdtemp(pattern.data());
-    return made != nullptr ? fs::path(made) : fs::path();
-}
-} // namespace
-
-SimulatedHardware::SimulatedHardware(Machine& machine)
-    : m_machine(machine), m_root(makeScratchRoot())
-{
-    refreshFiles();
-}
+SimulatedHardware::SimulatedHardware(Machine& machine) : m_machine(machine) {}
 
 SimulatedHardware::~SimulatedHardware()
 {
-    std::error_code ignored;
-    if (!m_root.empty())
-        fs::remove_all(m_root, ignored);
+    for (Mapping const& mapping : m_mappings)
+        ::munmap(mapping.begin, mapping.length);
 }
 
 bool SimulatedHardware::install()
@@ -44,21 +28,131 @@ bool SimulatedHardware::install()
     return Common::Platform::Select(*this);
 }
 
-void SimulatedHardware::refreshFiles()
+bool SimulatedHardware::vanishes()
 {
-    Held held(m_lock);
-    if (m_root.empty())
-        return;
-    std::error_code ignored;
-    for (auto const& entry : fs::directory_iterator(m_root))
-        fs::remove_all(entry.path(), ignored);
-    ProcTree::write(m_machine, m_root);
+    unsigned every = m_machine.faults().vanishingEvery;
+    return every != 0 && ++m_kernelFileQuestions % every == 0;
 }
 
-Common::string SimulatedHardware::path(char const* fixedPath) const
+bool SimulatedHardware::readFile(char const* fixedPath, Common::string& contents)
 {
     Held held(m_lock);
-    return Common::string((m_root.string() + fixedPath).c_str());
+    std::string read;
+    if (vanishes() || !ProcTree::read(m_machine, fixedPath, read))
+    {
+        errno = ENOENT;
+        return false;
+    }
+    contents = Common::string(read.data(), static_cast<unsigned>(read.size()));
+    return true;
+}
+
+bool SimulatedHardware::listFolder(char const* fixedPath,
+                                   Common::list<Common::Platform::FolderEntry>& entries)
+{
+    Held held(m_lock);
+    entries.clear();
+    std::vector<ProcTree::Entry> found;
+    if (vanishes() || !ProcTree::list(m_machine, fixedPath, found))
+    {
+        errno = ENOENT;
+        return false;
+    }
+    for (ProcTree::Entry const& entry : found)
+        entries.push_back(Common::Platform::FolderEntry{Common::string(entry.name.c_str()),
+                                                        entry.folder, entry.symbolicLink});
+    return true;
+}
+
+int SimulatedHardware::openPCIConfig(int bus, int device, int function, int flags)
+{
+    Held held(m_lock);
+    bool inRange = bus >= 0 && bus < 256 && device >= 0 && device < 32 && function >= 0 &&
+                   function < 8;
+    PciLocation at{static_cast<std::uint8_t>(bus), static_cast<std::uint8_t>(device),
+                   static_cast<std::uint8_t>(function)};
+    if (m_machine.faults().noProcBusPci || !inRange || m_machine.bridge().find(at) == nullptr)
+    {
+        errno = ENOENT;
+        return -1;
+    }
+    m_openConfig[m_nextHandle] = OpenConfig{at, (flags & O_ACCMODE) != O_RDONLY};
+    return m_nextHandle++;
+}
+
+PciFunction* SimulatedHardware::configFunction(int config, long long offset, unsigned length,
+                                               bool write)
+{
+    auto open = m_openConfig.find(config);
+    if (open == m_openConfig.end() || (write && !open->second.writable) || offset < 0)
+    {
+        errno = EBADF;
+        return nullptr;
+    }
+    PciFunction* function = m_machine.bridge().find(open->second.at);
+    // As the kernel's file: a transfer past its end falls short.
+    unsigned size = function == nullptr ? 0 : std::min(function->procFileSize(), 256u);
+    if (function == nullptr || static_cast<unsigned long long>(offset) + length > size)
+        return nullptr;
+    return function;
+}
+
+namespace
+{
+// The widths the kernel moves configuration bytes in: aligned double words
+// and words where they fit, else single bytes.
+unsigned chunk(unsigned offset, unsigned left)
+{
+    if (offset % 4 == 0 && left >= 4)
+        return 4;
+    if (offset % 2 == 0 && left >= 2)
+        return 2;
+    return 1;
+}
+} // namespace
+
+bool SimulatedHardware::readPCIConfig(int config, long long offset, void* buffer, unsigned length)
+{
+    Held held(m_lock);
+    PciFunction* function = configFunction(config, offset, length, false);
+    if (function == nullptr)
+        return false;
+    auto* into = static_cast<std::uint8_t*>(buffer);
+    for (unsigned done = 0, width; done < length; done += width)
+    {
+        unsigned at = static_cast<unsigned>(offset) + done;
+        width = chunk(at, length - done);
+        std::uint32_t value = function->read(static_cast<std::uint8_t>(at), width);
+        for (unsigned byte = 0; byte < width; ++byte)
+            into[done + byte] = static_cast<std::uint8_t>(value >> (8 * byte));
+    }
+    return true;
+}
+
+bool SimulatedHardware::writePCIConfig(int config, long long offset, void const* buffer,
+                                       unsigned length)
+{
+    Held held(m_lock);
+    PciFunction* function = configFunction(config, offset, length, true);
+    if (function == nullptr)
+        return false;
+    auto const* from = static_cast<std::uint8_t const*>(buffer);
+    for (unsigned done = 0, width; done < length; done += width)
+    {
+        unsigned at = static_cast<unsigned>(offset) + done;
+        width = chunk(at, length - done);
+        std::uint32_t value = 0;
+        for (unsigned byte = 0; byte < width; ++byte)
+            value |= static_cast<std::uint32_t>(from[done + byte]) << (8 * byte);
+        function->write(static_cast<std::uint8_t>(at), width, value);
+    }
+    return true;
+}
+
+void SimulatedHardware::closePCIConfig(int config)
+{
+    Held held(m_lock);
+    m_openConfig.erase(config);
 }
 
 int SimulatedHardware::openMemory(bool)
@@ -83,15 +177,17 @@ bool SimulatedHardware::readMemory(int memory, unsigned long long address, void*
     return true;
 }
 
-void* SimulatedHardware::mapMemory(int memory, unsigned long long address, unsigned length, bool,
-                                   bool executable)
+void* SimulatedHardware::mapMemory(int memory, unsigned long long address, unsigned length,
+                                   bool writable, bool executable)
 {
     Held held(m_lock);
     if (m_openMemory.count(memory) == 0 || m_machine.faults().noMemoryMapping || length == 0 ||
         address % 4096 != 0 || !m_machine.memory().contains(address, length))
         return nullptr;
-    std::uint8_t* mapping = m_machine.memory().at(address);
-    m_mappings.push_back(Mapping{mapping, length, executable});
+    auto* mapping =
+        static_cast<std::uint8_t*>(m_machine.memory().map(address, length, writable, executable));
+    if (mapping != nullptr)
+        m_mappings.push_back(Mapping{mapping, length, address, executable});
     return mapping;
 }
 
@@ -102,18 +198,18 @@ bool SimulatedHardware::unmapMemory(void* mapping, unsigned length)
         if (at->begin == mapping && at->length == length)
         {
             m_mappings.erase(at);
-            return true;
+            return ::munmap(mapping, length) == 0;
         }
     return false;
 }
 
-bool SimulatedHardware::executable(void const* entry) const
+std::optional<std::uint64_t> SimulatedHardware::executableAddress(void const* entry) const
 {
     auto const* at = static_cast<std::uint8_t const*>(entry);
     for (Mapping const& mapping : m_mappings)
         if (mapping.executable && at >= mapping.begin && at < mapping.begin + mapping.length)
-            return true;
-    return false;
+            return mapping.address + static_cast<std::uint64_t>(at - mapping.begin);
+    return std::nullopt;
 }
 
 bool SimulatedHardware::closeMemory(int memory)
@@ -175,17 +271,15 @@ void SimulatedHardware::writePort32(unsigned short port, unsigned int value)
 void SimulatedHardware::callROM(RomCallRegisters& registers, void* entry, int mode)
 {
     Held held(m_lock);
-    // Entry points are addresses inside mappings, which point straight into
-    // the machine's memory. Only the code stub of a service is entered, and
-    // only in the mode it returns for: anything else would crash the process,
-    // so the machine refuses the call instead. The simulated server has no
-    // handler of the system-management interrupt (mode 3).
-    auto at = reinterpret_cast<std::uintptr_t>(entry);
-    auto begin = reinterpret_cast<std::uintptr_t>(m_machine.memory().begin());
+    // Entry points are addresses inside executable mappings of the machine's
+    // memory. Only the code stub of a service is entered, and only in the
+    // mode it returns for: anything else would crash the process, so the
+    // machine refuses the call instead. The simulated server has no handler
+    // of the system-management interrupt (mode 3).
+    std::optional<std::uint64_t> address = executableAddress(entry);
     Machine::RomEntry const* service =
-        m_ioPrivilege && executable(entry) && at >= begin && at - begin < PhysicalMemory::kSize
-            ? m_machine.romService(static_cast<std::uint32_t>(at - begin))
-            : nullptr;
+        m_ioPrivilege && address ? m_machine.romService(static_cast<std::uint32_t>(*address))
+                                 : nullptr;
     int expected = service == nullptr ? 0 : service->returns == RomReturn::Interrupt ? 1 : 2;
     if (expected == 0 || mode != expected)
         return registers.refuse();
@@ -304,15 +398,22 @@ int SimulatedHardware::receiveIPMI(int device, ipmi_recv& reply)
     return 0;
 }
 
-int SimulatedHardware::runShellCommand(char const* command)
+int SimulatedHardware::loadKernelModule(char const* name)
 {
     Held held(m_lock);
-    m_machine.shellCommands().push_back(command);
+    m_machine.recordKernelModule(name);
+    return 0;
+}
+
+int SimulatedHardware::makeIPMIDeviceNode(int major)
+{
+    Held held(m_lock);
+    if (major < 0)
+        return 1 << 8; // mknod's exit status 1
+    m_machine.recordIPMINode(static_cast<unsigned>(major));
     ManagementController const* controller = m_machine.managementController();
     if (controller != nullptr && controller->listedMajor &&
-        m_machine.shellCommands().back() == "mknod -m 0600 /dev/ipmi0 c " +
-                                                std::to_string(*controller->listedMajor) +
-                                                " 0 1>/dev/null 2>/dev/null")
+        *controller->listedMajor == static_cast<unsigned>(major))
         m_ipmiNodeMade = true;
     return 0;
 }

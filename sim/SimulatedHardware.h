@@ -4,7 +4,7 @@
 #include "sim/Machine.h"
 
 #include <deque>
-#include <filesystem>
+#include <optional>
 #include <map>
 #include <mutex>
 #include <set>
@@ -14,9 +14,11 @@ namespace Sim
 {
 
 // The hardware seam's simulated backend: every hardware effect of the
-// module lands on `machine`. Its fixed paths lie under a scratch root that
-// holds the machine's "/proc" and "/sys" files (written on construction and
-// by refreshFiles, removed on destruction). Port access counts on the
+// module lands on `machine`, and every answer comes from it as it is at that
+// moment: the files of "/proc" and "/sys" (sim/ProcTree.h), PCI
+// configuration files (reads and writes go to the bridge's functions, so
+// port writes show there and writes there show on the ports), and physical
+// memory, mapped with the protection asked for. Port access counts on the
 // machine's bridge; sleeping advances the machine's clock.
 //
 // Safe to use from several threads at once (the start-up job and a request
@@ -33,9 +35,6 @@ public:
     SimulatedHardware& operator=(SimulatedHardware const&) = delete;
 
     bool install();
-    // Rewrites the "/proc" and "/sys" files from the machine as it is now.
-    void refreshFiles();
-    std::filesystem::path const& root() const { return m_root; }
     // Handles of "/dev/mem" opened and not closed yet.
     std::size_t openMemoryHandles() const
     {
@@ -43,7 +42,14 @@ public:
         return m_openMemory.size();
     }
 
-    Common::string path(char const* fixedPath) const override;
+    bool readFile(char const* fixedPath, Common::string& contents) override;
+    bool listFolder(char const* fixedPath,
+                    Common::list<Common::Platform::FolderEntry>& entries) override;
+
+    int openPCIConfig(int bus, int device, int function, int flags) override;
+    bool readPCIConfig(int config, long long offset, void* buffer, unsigned length) override;
+    bool writePCIConfig(int config, long long offset, void const* buffer, unsigned length) override;
+    void closePCIConfig(int config) override;
 
     int openMemory(bool writable) override;
     bool readMemory(int memory, unsigned long long address, void* buffer, unsigned length) override;
@@ -64,15 +70,17 @@ public:
 
     // The IPMI device opens when the machine's management controller has its
     // node (sim/ManagementController.h); requests go to the controller, and
-    // replies arrive in simulated time. Shell commands and reboots are only
-    // recorded (the mknod command of the controller's node creates it).
+    // replies arrive in simulated time. Kernel modules and reboots are only
+    // recorded; the node made with the major "/proc/devices" lists is the
+    // controller's "/dev/ipmi0".
     int openIPMI(char const* devicePath) override;
     void closeIPMI(int device) override;
     int sendIPMI(int device, ipmi_req& request) override;
     bool waitForIPMIReply(int device, unsigned timeoutMilliseconds) override;
     int receiveIPMI(int device, ipmi_recv& reply) override;
 
-    int runShellCommand(char const* command) override;
+    int loadKernelModule(char const* name) override;
+    int makeIPMIDeviceNode(int major) override;
     int reboot(int magic, int magic2, int command) override;
 
     void sleepMicroseconds(unsigned int microseconds) override;
@@ -94,10 +102,21 @@ private:
     {
         std::uint8_t* begin;
         unsigned length;
+        std::uint64_t address;
         bool executable;
     };
-    // Whether `entry` lies in an executable mapping that is still mapped.
-    bool executable(void const* entry) const;
+    // The physical address of `entry` when it lies in an executable mapping
+    // that is still mapped.
+    std::optional<std::uint64_t> executableAddress(void const* entry) const;
+
+    struct OpenConfig
+    {
+        PciLocation at;
+        bool writable;
+    };
+    // The function of an open configuration file with room for `length`
+    // bytes at `offset`, or null.
+    PciFunction* configFunction(int config, long long offset, unsigned length, bool write);
 
     using Held = std::lock_guard<std::recursive_mutex>;
     mutable std::recursive_mutex m_lock;
@@ -108,7 +127,10 @@ private:
     // Per open device, as the driver queues them: two threads with a device
     // each never receive each other's replies.
     std::map<int, std::deque<PendingReply>> m_replies;
-    std::filesystem::path m_root;
+    std::map<int, OpenConfig> m_openConfig;
+    // Reads and listings of kernel files so far, for Faults::vanishingEvery.
+    unsigned long m_kernelFileQuestions = 0;
+    bool vanishes();
     std::set<int> m_openMemory;
     int m_nextHandle = 100;
     bool m_ioPrivilege = false;

@@ -1,5 +1,6 @@
 #include "common/system/IPMI.h"
 
+#include "common/List.h"
 #include "common/StaticMutex.h"
 #include "platform/Hardware.h"
 
@@ -13,12 +14,8 @@ namespace Common
 namespace
 {
 char const* const kDeviceNodes[] = {"/dev/ipmi0", "/dev/ipmidev/0", "/dev/ipmi/0"};
-char const* const kModuleCommands[] = {
-    "modprobe ipmi_msghandler 1>/dev/null 2>/dev/null",
-    "modprobe ipmi_si 1>/dev/null 2>/dev/null",
-    "modprobe ipmi_devintf 1>/dev/null 2>/dev/null",
-    "modprobe ipmi_watchdog 1>/dev/null 2>/dev/null",
-};
+char const* const kDriverModules[] = {"ipmi_msghandler", "ipmi_si", "ipmi_devintf",
+                                      "ipmi_watchdog"};
 const unsigned int kDriverWaitMicroseconds = 3000000;
 const unsigned int kReplyTimeoutMilliseconds = 5000;
 const unsigned int kAddressBufferSize = 40;
@@ -28,24 +25,21 @@ const unsigned int kDataBufferSize = 272;
 // devices (the kernel assigns it when the module loads); -1 when none.
 int ipmiMajor()
 {
-    string path = Platform::hardware().path("/proc/devices");
-    std::FILE* devices = std::fopen(path.c_str(), "re");
-    if (devices == nullptr)
+    string devices;
+    if (!Platform::hardware().readFile("/proc/devices", devices))
         return -1;
-    int major = -1;
-    char line[128];
-    while (major < 0 && std::fgets(line, sizeof line, devices) != nullptr)
+    list<string> lines = devices.split("\n");
+    for (list<string>::const_iterator line = lines.begin(); line != lines.end(); ++line)
     {
-        if (std::strncmp(line, "Block devices:", 14) == 0)
+        if (line->find("Block devices:") == 0)
             break;
         int number = -1;
         char name[64] = {};
-        if (std::sscanf(line, "%d %63s", &number, name) == 2 && std::strcmp(name, "ipmidev") == 0 &&
-            number >= 0)
-            major = number;
+        if (std::sscanf(line->c_str(), "%d %63s", &number, name) == 2 &&
+            std::strcmp(name, "ipmidev") == 0 && number >= 0)
+            return number;
     }
-    std::fclose(devices);
-    return major;
+    return -1;
 }
 
 // The cached answer of supported(): a true one is kept, a false one only
@@ -83,18 +77,13 @@ int IPMI::openDevice()
 void IPMI::loadDriver()
 {
     Platform::Hardware& hardware = Platform::hardware();
-    for (unsigned i = 0; i < sizeof kModuleCommands / sizeof kModuleCommands[0]; ++i)
-        hardware.runShellCommand(kModuleCommands[i]);
+    for (unsigned i = 0; i < sizeof kDriverModules / sizeof kDriverModules[0]; ++i)
+        hardware.loadKernelModule(kDriverModules[i]);
     // Without a listed major the node could only be made with a guess, and a
     // wrong major makes a node of another device.
     int major = ipmiMajor();
     if (major >= 0)
-    {
-        char command[96];
-        std::snprintf(command, sizeof command,
-                      "mknod -m 0600 /dev/ipmi0 c %d 0 1>/dev/null 2>/dev/null", major);
-        hardware.runShellCommand(command);
-    }
+        hardware.makeIPMIDeviceNode(major);
     hardware.sleepMicroseconds(kDriverWaitMicroseconds);
 }
 

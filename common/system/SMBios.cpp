@@ -38,20 +38,32 @@ SMBios::SMBios() : m_supported(false), m_table(nullptr), m_structureCount(0), m_
     SMBiosEntryPoint entry;
     if (scratch != nullptr && Memory::Read(kSearchStart, scratch, kSearchLength) &&
         SMBiosEntryPoint::Find(scratch, kSearchLength, entry))
-    {
-        m_table = new (std::nothrow) unsigned char[entry.tableLength + 1u];
-        if (m_table != nullptr)
-        {
-            std::memset(m_table, 0, entry.tableLength + 1u);
-            m_supported = Memory::Read(entry.tableAddress, m_table, entry.tableLength);
-        }
-        if (m_supported)
-        {
-            m_tableLength = entry.tableLength;
-            m_structureCount = entry.structureCount;
-        }
-    }
+        copyTable(nullptr, entry.tableAddress, entry.tableLength, entry.structureCount);
     delete[] scratch;
+}
+
+SMBios::SMBios(unsigned char const* table, unsigned int length, unsigned int structureCount)
+    : m_supported(false), m_table(nullptr), m_structureCount(0), m_tableLength(0)
+{
+    if (table != nullptr && length < 0x10000)
+        copyTable(table, 0, length, structureCount);
+}
+
+void SMBios::copyTable(unsigned char const* table, unsigned long long address,
+                       unsigned int length, unsigned int structureCount)
+{
+    m_table = new (std::nothrow) unsigned char[length + 1u];
+    if (m_table == nullptr)
+        return;
+    std::memset(m_table, 0, length + 1u);
+    if (table != nullptr)
+        std::memcpy(m_table, table, length);
+    m_supported = table != nullptr || Memory::Read(address, m_table, length);
+    if (m_supported)
+    {
+        m_tableLength = length;
+        m_structureCount = structureCount;
+    }
 }
 
 SMBios::~SMBios()

@@ -19,6 +19,11 @@ class SMBios
 {
 public:
     SMBios();
+    // Decodes a structure table already in hand (`length` bytes, walked for
+    // at most `structureCount` structures) instead of reading memory: the
+    // same getters over bytes from anywhere. supported() is true when the
+    // copy could be made.
+    SMBios(unsigned char const* table, unsigned int length, unsigned int structureCount);
     ~SMBios();
     SMBios(SMBios const&) = delete;
     SMBios& operator=(SMBios const&) = delete;
@@ -52,6 +57,11 @@ public:
 
 private:
     string stringOfFirst(unsigned char type, unsigned int field) const;
+
+    // Copies `length` bytes of `table` (null: reads them from physical
+    // memory at `address`) with a NUL after them.
+    void copyTable(unsigned char const* table, unsigned long long address, unsigned int length,
+                   unsigned int structureCount);
 
     bool m_supported;
     unsigned char* m_table;

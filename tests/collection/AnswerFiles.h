@@ -1,14 +1,14 @@
 #pragma once
 
-// Helpers of the answer-file tests: a scratch folder, a page-parameter source,
-// file reading and line-wise comparison.
+// Helpers of the answer-file tests: a page-parameter source and line-wise
+// comparison.
 
 #include "ExpectedFiles.h"
 #include "collection/Unattend.h"
+#include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
 #include <string>
 #include <utility>
@@ -40,21 +40,7 @@ Answers const newerFamilyFull = {
     {"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}, {"WMIEnabled", "Yes"}, {"Rotate", "1"}};
 // clang-format on
 
-class TempDir
-{
-public:
-    TempDir()
-    {
-        char pattern[] = "/tmp/tidewell-answers-XXXXXX";
-        m_path = mkdtemp(pattern);
-    }
-    ~TempDir() { std::system(("rm -rf '" + m_path + "'").c_str()); }
-    std::string file(char const* name) const { return m_path + "/" + name; }
-    std::string const& path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
+using TestSupport::TempDir;
 
 // The page parameters of one request; absent ones read as empty.
 struct Query

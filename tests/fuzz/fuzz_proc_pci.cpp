@@ -1,41 +1,24 @@
-// "/proc/vlmpci" and the "/proc/bus/pci" listing made from the input, in the
-// simulated server's proc tree: the bus and device walks, the bridges, each
-// function's configuration header and bus speed, and the routing table read
-// from "/proc/vlmpci" (extended by the ROM's entries for devices behind
-// bridges).
+// "/proc/vlmpci" text through its decoder, and a "/proc/bus/pci" listing
+// made from the input on the simulated server: the bus and device walks, the
+// bridges, each function's configuration header and bus speed, and the
+// routing table (extended by the ROM's entries for devices behind bridges).
 //
-// Input: the text of "/proc/vlmpci" (up to a NUL byte), then entries of the
-// listing, each a bus folder name, a function file name and the file's
-// bytes. Names that a file system cannot hold ("", ".", "..", or with "/")
-// are skipped.
+// Input: the text of "/proc/vlmpci" (up to a NUL byte), then functions, each
+// a bus, a device, a function, the size of its "/proc/bus/pci" file and its
+// configuration bytes.
 
 #include "tests/fuzz/FuzzServer.h"
 
-#include "platform/Hardware.h"
 #include "platform/ProcPCI.h"
 #include "sim/RomServices.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace
 {
-namespace fs = std::filesystem;
-
-bool fileSystemName(const std::string& name)
-{
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-           name.find('\0') == std::string::npos;
-}
-
-void writeFile(const fs::path& path, const std::string& bytes)
-{
-    std::ofstream(path, std::ios::binary) << bytes;
-}
 
 void describe(Sim::Machine& machine)
 {
@@ -44,6 +27,7 @@ void describe(Sim::Machine& machine)
     route.at = {0, 0x1E, 0};
     route.slot = 5;
     machine.addRomRoute(route);
+    machine.addRoutingLine(route);
 }
 
 void readListing()
@@ -78,10 +62,7 @@ void readRoutingTables()
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     Fuzz::Server& server = Fuzz::server(describe);
-    const fs::path proc = server.hardware.root() / "proc";
-    std::error_code ignored;
-    fs::remove_all(proc, ignored);
-    fs::create_directories(proc / "bus" / "pci");
+    server.machine.bridge().clear();
 
     FuzzedDataProvider input(data, size);
     std::string vlmpci;
@@ -92,19 +73,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break;
         vlmpci += c;
     }
-    writeFile(proc / "vlmpci", vlmpci);
+    _PCIIRQROUTENTRY decoded[8];
+    int count = 8;
+    if (pci_irq_route_table_from_text(vlmpci.data(), vlmpci.size(), decoded, &count) != 0 ||
+        count < 0)
+        __builtin_trap();
 
     for (unsigned entries = 0; entries < 16 && input.remaining_bytes() > 0; ++entries)
     {
-        const std::string bus = input.ConsumeRandomLengthString(4);
-        const std::string function = input.ConsumeRandomLengthString(8);
-        const std::string bytes = input.ConsumeRandomLengthString(300);
-        if (!fileSystemName(bus))
-            continue;
-        const fs::path folder = proc / "bus" / "pci" / bus;
-        fs::create_directories(folder, ignored);
-        if (fileSystemName(function))
-            writeFile(folder / function, bytes);
+        const Sim::PciLocation at{input.ConsumeIntegral<std::uint8_t>(),
+                                  input.ConsumeIntegralInRange<std::uint8_t>(0, 31),
+                                  input.ConsumeIntegralInRange<std::uint8_t>(0, 7)};
+        const unsigned fileSize = input.ConsumeIntegralInRange<unsigned>(0, 256);
+        const std::string bytes = input.ConsumeRandomLengthString(256);
+        Sim::PciFunction& function = server.machine.addFunction(at, 0, 0, 0, 0);
+        for (std::size_t offset = 0; offset < bytes.size(); ++offset)
+            function.setByte(static_cast<std::uint8_t>(offset),
+                             static_cast<std::uint8_t>(bytes[offset]));
+        function.procFileSize(fileSize);
     }
 
     readListing();

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -78,4 +80,16 @@ TEST(RealBackend, WithoutPrivilegesFindsNoSmbiosAndNoPciFunction)
     EXPECT_NE(std::string::npos, output.find("nvram supported: no\n")) << output;
     EXPECT_NE(std::string::npos, output.find("nvram signature: no\n")) << output;
     EXPECT_NE(std::string::npos, output.find("port 0x80: true ff\n")) << output;
+
+    // The same files as the kernel shows this test, "." and ".." left out.
+    std::size_t entries = 0;
+    for (auto it = fs::directory_iterator("/proc/self"); it != fs::directory_iterator(); ++it)
+        ++entries;
+    EXPECT_NE(std::string::npos,
+              output.find("/proc/self entries: " + std::to_string(entries) + "\n"))
+        << output;
+    std::ifstream devices("/proc/devices");
+    std::string text((std::istreambuf_iterator<char>(devices)), std::istreambuf_iterator<char>());
+    EXPECT_NE(std::string::npos, output.find("/proc/devices: " + std::to_string(text.size()) + " bytes\n"))
+        << output;
 }

@@ -85,26 +85,10 @@ TEST(RomCall, RunsTheRomsCodeWithEveryRegisterInAndOutInBothCallModes)
                               EXPECT_EQ(out.ds, out.es);
                               EXPECT_EQ(0x22, status) << "AH without carry";
                           }
-                      });
-}
-
-TEST(RomCall, CarryTurnsTheStatusNegative)
-{
-    Sim::Machine machine;
-    Rom::addStandardRom(machine);
-    machine.addRomService(0xE3100, Sim::RomReturn::Interrupt,
-                          [](RomCallRegisters& registers)
-                          {
-                              registers.eax = 0x8A00;
-                              registers.eflags |= 1u;
-                          });
-    onSimulatedServer(machine,
-                      [](Sim::Machine&)
-                      {
-                          OpenRom rom;
-                          RomCallRegisters block = zeroed();
-                          EXPECT_EQ(-0x8A, do_rom_call(&rom.info, &block, rom.at(0xE3100), 1));
-                          EXPECT_EQ(1u, block.eflags & 1u);
+                          int status = 0;
+                          RomCallRegisters out = scrambledCall(rom.info, 0xE3100, 1, 0x11110100, status);
+                          EXPECT_EQ(1u, out.eflags & 1u);
+                          EXPECT_EQ(-0x22, status) << "carry turns the status negative";
                       });
 }
 
@@ -112,6 +96,10 @@ TEST(RomCall, FindsTheEntryPointsAndThePciBios)
 {
     Sim::Machine machine;
     Rom::addStandardRom(machine);
+    // Revision 1, and a bad checksum: neither is a directory the scan takes.
+    Rom::addServiceDirectory(machine, 0xD0000, {{Rom::kEnvironmentService, 0xE3000}}, 1);
+    Rom::addServiceDirectory(machine, 0xD0100, {{Rom::kEnvironmentService, 0xE3000}});
+    machine.memory().write(0xD010A, std::string("\x01", 1));
     onSimulatedServer(
         machine,
         [](Sim::Machine&)
@@ -132,39 +120,12 @@ TEST(RomCall, FindsTheEntryPointsAndThePciBios)
             position += 16;
             EXPECT_EQ(nullptr, find_bios32_call(&rom.info, &position));
             EXPECT_EQ(0x100000u, position);
+
+            OpenRom none(ROMCALL_NO_INT15 | ROMCALL_NO_EV | ROMCALL_NO_PCI);
+            EXPECT_EQ(nullptr, none.info.int15_entry) << "the flags skip their lookups";
+            EXPECT_EQ(nullptr, none.info.ev_entry);
+            EXPECT_EQ(nullptr, none.info.pci_entry);
         });
-}
-
-TEST(RomCall, InitFlagsSkipTheirLookups)
-{
-    Sim::Machine machine;
-    Rom::addStandardRom(machine);
-    onSimulatedServer(machine,
-                      [](Sim::Machine&)
-                      {
-                          OpenRom rom(ROMCALL_NO_INT15 | ROMCALL_NO_EV | ROMCALL_NO_PCI);
-                          ASSERT_EQ(0, rom.status);
-                          EXPECT_EQ(nullptr, rom.info.int15_entry);
-                          EXPECT_EQ(nullptr, rom.info.ev_entry);
-                          EXPECT_EQ(nullptr, rom.info.pci_entry);
-                          EXPECT_EQ(0, rom.info.pci_present);
-                      });
-}
-
-TEST(RomCall, DirectoriesTheScanMustNotAcceptAreSkipped)
-{
-    Sim::Machine machine;
-    Rom::addStandardRom(machine);
-    // Revision 1, and a bad checksum: neither is a directory.
-    Rom::addServiceDirectory(machine, 0xD0000, {{Rom::kEnvironmentService, 0xE3000}}, 1);
-    Rom::addServiceDirectory(machine, 0xD0100, {{Rom::kEnvironmentService, 0xE3000}});
-    machine.memory().write(0xD010A, std::string("\x01", 1));
-    onSimulatedServer(machine,
-                      [](Sim::Machine&)
-                      {
-                          OpenRom rom;
-                          EXPECT_EQ(rom.at(Rom::kEnvironmentEntry), rom.info.ev_entry);
-                      });
 }
 
 TEST(RomCall, AnEntryPointAboveOneMegabyteIsRejectedWithItsMessage)
@@ -210,28 +171,21 @@ TEST(RomCall, InitReportsWhatFailedAndFiniReleasesEverything)
 {
     Sim::Machine noMemory;
     noMemory.faults().noPhysicalMemory = true;
-    onSimulatedServer(noMemory,
-                      [](Sim::Machine&)
-                      {
-                          CapturedStandardError captured;
-                          rominfo_t info = {};
-                          EXPECT_EQ(-1, romcall_init(&info, 0));
-                          EXPECT_EQ(0, romcall_fini(&info));
-                          EXPECT_EQ(0u, captured.text().find("opening /dev/mem: "));
-                      });
-
     Sim::Machine noMapping;
     noMapping.faults().noMemoryMapping = true;
-    onSimulatedServer(noMapping,
-                      [](Sim::Machine&)
-                      {
-                          CapturedStandardError captured;
-                          rominfo_t info = {};
-                          EXPECT_EQ(-1, romcall_init(&info, 0));
-                          EXPECT_EQ(0, romcall_fini(&info));
-                          EXPECT_EQ(0u, captured.text().find("mmaping /dev/mem: "));
-                          EXPECT_EQ(0, info.fd);
-                      });
+    for (auto* machine : {&noMemory, &noMapping})
+        onSimulatedServer(*machine,
+                          [](Sim::Machine& server)
+                          {
+                              CapturedStandardError captured;
+                              rominfo_t info = {};
+                              EXPECT_EQ(-1, romcall_init(&info, 0));
+                              EXPECT_EQ(0, romcall_fini(&info));
+                              EXPECT_EQ(0u, captured.text().find(server.faults().noPhysicalMemory
+                                                                     ? "opening /dev/mem: "
+                                                                     : "mmaping /dev/mem: "));
+                              EXPECT_EQ(0, info.fd);
+                          });
 
     Sim::Machine unsigned_;
     onSimulatedServer(unsigned_,

@@ -70,7 +70,7 @@ TEST(NVRAM, ProbeFindsTheControllerAndLeavesItAsFound)
     onSimulatedServer(serverWithController(machine), check);
 }
 
-TEST(NVRAM, NestedLocksTouchTheHardwareOnceAndOneUnlockKeepsItHeld)
+TEST(NVRAM, NestedLocksTouchTheHardwareOnceAndAFailedAccessKeepsItHeld)
 {
     Sim::Machine machine;
     auto check = [](Sim::Machine& machine)
@@ -78,17 +78,18 @@ TEST(NVRAM, NestedLocksTouchTheHardwareOnceAndOneUnlockKeepsItHeld)
         ASSERT_TRUE(NVRAM::Supported());
         Sim::NvramController& controller = controllerOf(machine);
         EXPECT_FALSE(NVRAM::UnlockSemaphore()) << "nothing held";
-
         ASSERT_TRUE(NVRAM::LockSemaphore());
         unsigned long afterFirst = machine.bridge().accesses();
         EXPECT_TRUE(NVRAM::LockSemaphore());
-        EXPECT_EQ(afterFirst, machine.bridge().accesses());
-
         EXPECT_TRUE(NVRAM::UnlockSemaphore());
         EXPECT_TRUE(controller.semaphoreHeld());
         EXPECT_EQ(afterFirst, machine.bridge().accesses());
         EXPECT_TRUE(NVRAM::UnlockSemaphore());
         EXPECT_FALSE(controller.semaphoreHeld());
+
+        unsigned char byte = 0;
+        EXPECT_FALSE(NVRAM::Read(0x100, byte)) << "no such configuration register";
+        EXPECT_TRUE(controller.semaphoreHeld());
     };
     onSimulatedServer(serverWithController(machine), check);
 }
@@ -122,56 +123,28 @@ TEST(NVRAM, SemaphoreHeldByFirmwareIsGivenUpAfterFiveSeconds)
     onSimulatedServer(serverWithController(machine), check);
 }
 
-TEST(NVRAM, FailedAccessKeepsTheSemaphoreTaken)
-{
-    Sim::Machine machine;
-    auto check = [](Sim::Machine& machine)
-    {
-        ASSERT_TRUE(NVRAM::Supported());
-        unsigned char byte = 0;
-        EXPECT_FALSE(NVRAM::Read(0x100, byte)) << "no such configuration register";
-        EXPECT_TRUE(controllerOf(machine).semaphoreHeld());
-    };
-    onSimulatedServer(serverWithController(machine), check);
-}
-
 TEST(NVRAM, AbsentControllerIsNotSupportedAndTheBusIsNeverTouchedAgain)
 {
     Sim::Machine machine;
     machine.addFunction({0, 0, 0}, 0x8086, 0x3406, 0x06, 0x00);
     machine.addFunction({0, 4, 0}, 0x0E11, 0xB178, 0x01, 0x04); // maker's, another device
+    machine.addNvramController({255, 5, 0});                     // on a bus never probed
     auto check = [](Sim::Machine& machine)
     {
         EXPECT_FALSE(NVRAM::Supported());
         unsigned long afterProbe = machine.bridge().accesses();
-        EXPECT_GT(afterProbe, 0ul);
-
         unsigned char byte = 0;
         unsigned short word = 0;
         unsigned int dword = 0;
-        EXPECT_FALSE(NVRAM::Supported());
-        EXPECT_FALSE(NVRAM::LockSemaphore());
-        EXPECT_FALSE(NVRAM::UnlockSemaphore());
-        EXPECT_FALSE(NVRAM::Read(0x94, byte));
-        EXPECT_FALSE(NVRAM::Read(0x94, word));
-        EXPECT_FALSE(NVRAM::Read(0x94, dword));
-        EXPECT_FALSE(NVRAM::Write(0x94, byte));
-        EXPECT_FALSE(NVRAM::Write(0x94, word));
-        EXPECT_FALSE(NVRAM::Write(0x94, dword));
+        EXPECT_FALSE(NVRAM::LockSemaphore() || NVRAM::UnlockSemaphore() ||
+                     NVRAM::Read(0x94, byte) || NVRAM::Read(0x94, word) ||
+                     NVRAM::Read(0x94, dword) || NVRAM::Write(0x94, byte) ||
+                     NVRAM::Write(0x94, word) || NVRAM::Write(0x94, dword));
         EXPECT_EQ(afterProbe, machine.bridge().accesses());
     };
-    onSimulatedServer(machine, check);
-}
-
-TEST(NVRAM, ControllerFoundOnlyOnBusesBelow255)
-{
-    Sim::Machine machine;
-    machine.addNvramController({255, 5, 0});
-    auto check = [](Sim::Machine&) { EXPECT_FALSE(NVRAM::Supported()); };
     onSimulatedServer(machine, check);
 
     Sim::Machine deep;
     deep.addNvramController({254, 31, 0}, 0xA0F0);
-    auto checkDeep = [](Sim::Machine&) { EXPECT_TRUE(NVRAM::Supported()); };
-    onSimulatedServer(deep, checkDeep);
+    onSimulatedServer(deep, [](Sim::Machine&) { EXPECT_TRUE(NVRAM::Supported()); });
 }

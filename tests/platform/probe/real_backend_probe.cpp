@@ -8,6 +8,7 @@
 #include "common/system/PCI.h"
 #include "common/system/RomSignature.h"
 #include "common/system/SMBios.h"
+#include "platform/Hardware.h"
 
 #include <cstdio>
 #include <fcntl.h>
@@ -60,5 +61,12 @@ int main()
     unsigned char port = 0;
     bool read = Common::System::IO::Read(0x80, port);
     std::printf("port 0x80: %s %02x\n", read ? "true" : "false", port);
+    // Files the kernel shows to everyone, through the seam.
+    Common::list<Common::Platform::FolderEntry> entries;
+    bool listed = Common::Platform::hardware().listFolder("/proc/self", entries);
+    std::printf("/proc/self entries: %d\n", listed ? static_cast<int>(entries.size()) : -1);
+    Common::string devices;
+    Common::Platform::hardware().readFile("/proc/devices", devices);
+    std::printf("/proc/devices: %u bytes\n", devices.size());
     return 0;
 }
