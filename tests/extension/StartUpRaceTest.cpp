@@ -15,37 +15,23 @@ using TestSupport::contentFolder;
 using TestSupport::runPage;
 
 // The start-up job and the first requests of a process ask the same cached
-// "supported" answers, and drive the same PCI configuration ports and IPMI
-// device, at the same moment. The answers are kept for the life of a
-// process, so every round runs in a fresh one.
-
-namespace
-{
-const int kRounds = 24;
-const Sim::PciLocation kNvram = {0, 5, 0};
-
-std::size_t deviceIdRequests(Sim::Machine& machine)
-{
-    const auto& requests = machine.managementController()->requests();
-    return std::count_if(requests.begin(), requests.end(),
-                         [](const Sim::IpmiRequest& request)
-                         { return request.netfn == 0x06 && request.cmd == 0x01; });
-}
-} // namespace
-
+// "supported" answers, and drive the same ports and IPMI device, at the same
+// moment. The answers last a process's life, so every round runs in a fresh one.
 TEST(StartUpRace, JobAndRequestsAskTheHardwareTogetherInEveryFreshProcess)
 {
+    const Sim::PciLocation nvram = {0, 5, 0};
+    const std::string restarted = "{\"ErrorCode\":0,\"Target\":\"Default\",\"ColdBoot\":\"Yes\"}";
     TestSupport::putContent("cfg/allboards.xml", kAllBoards);
-    for (int round = 0; round < kRounds; ++round)
+    for (int round = 0; round < 24; ++round)
     {
         Sim::Machine machine;
         machine.installSmbios(corvaneTables());
         machine.addManagementController();
-        machine.addNvramController(kNvram);
+        machine.addNvramController(nvram);
         addStorage(machine);
         onSimulatedServer(
             machine,
-            [round](Sim::Machine& machine)
+            [&](Sim::Machine& machine)
             {
                 std::atomic<int> waiting{2};
                 std::atomic<bool> jobDone{false};
@@ -64,32 +50,31 @@ TEST(StartUpRace, JobAndRequestsAskTheHardwareTogetherInEveryFreshProcess)
                         jobDone = true;
                     });
                 together();
-                // Requests for as long as the job runs, so that they meet each
-                // of its steps.
-                std::string hardware, order, restart;
+                // Requests for as long as the job runs, to meet each of its steps.
+                bool answered;
                 do
-                {
-                    hardware = runPage("hardware.nsp", "Command=Query");
-                    order = runPage("setbootorder.nsp", "Command=Query");
-                    restart = runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
-                    if (hardware.find("\"WD100Support\":\"Yes\"") == std::string::npos ||
-                        order.find("{\"ErrorCode\":0,") != 0 ||
-                        restart != "{\"ErrorCode\":0,\"Target\":\"Default\",\"ColdBoot\":\"Yes\"}")
-                        break;
-                } while (!jobDone);
+                    answered =
+                        runPage("hardware.nsp", "Command=Query").find("\"WD100Support\":\"Yes\"") !=
+                            std::string::npos &&
+                        runPage("setbootorder.nsp", "Command=Query").find("{\"ErrorCode\":0,") ==
+                            0 &&
+                        runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes") ==
+                            restarted;
+                while (answered && !jobDone);
                 job.join();
-
                 SCOPED_TRACE("round " + std::to_string(round));
-                EXPECT_NE(std::string::npos, hardware.find("\"WD100Support\":\"Yes\"")) << hardware;
-                EXPECT_EQ(0u, order.find("{\"ErrorCode\":0,")) << order;
-                EXPECT_EQ("{\"ErrorCode\":0,\"Target\":\"Default\",\"ColdBoot\":\"Yes\"}", restart);
+                EXPECT_TRUE(answered);
                 // One probe of the management processor serves every asker.
-                EXPECT_EQ(1u, deviceIdRequests(machine));
+                const auto& requests = machine.managementController()->requests();
+                EXPECT_EQ(1, std::count_if(requests.begin(), requests.end(),
+                                           [](const Sim::IpmiRequest& request) {
+                                               return request.netfn == 0x06 && request.cmd == 0x01;
+                                           }));
                 const std::string saved =
                     TestSupport::readFile(contentFolder() + "cfg/allstorage.xml");
                 EXPECT_NE(std::string::npos, saved.find("Name=\"Stratum Array R4e\""));
                 EXPECT_NE(std::string::npos, saved.find("DeviceNode=\"/dev/sda\""));
-                EXPECT_FALSE(dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kNvram))
+                EXPECT_FALSE(dynamic_cast<Sim::NvramController&>(*machine.bridge().find(nvram))
                                  .semaphoreHeld());
             });
     }

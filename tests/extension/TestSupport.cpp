@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -24,9 +26,8 @@ namespace TestSupport
 
 namespace
 {
-std::unique_ptr<TempDir> g_host;
-std::unique_ptr<TempDir> g_content;
-std::string g_contentWithSlash;
+std::unique_ptr<ScratchFolder> g_host;
+std::unique_ptr<ScratchFolder> g_content;
 
 // The first request starts the start-up job, which reaches the hardware: in
 // these tests it meets an empty simulated server, never the real machine.
@@ -45,18 +46,17 @@ public:
     void SetUp() override
     {
         emptyServer().install();
-        g_host.reset(new TempDir("tidewell-host"));
-        g_content.reset(new TempDir("tidewell-content"));
-        g_contentWithSlash = g_content->path() + "/";
-        writeFile(g_host->file("TIDEWELL.XML"),
+        g_host.reset(new ScratchFolder);
+        g_content.reset(new ScratchFolder);
+        writeFile(g_host->path("TIDEWELL.XML"),
                   "<?xml version=\"1.0\"?>\n<TIDEWELL>\n"
                   "  <ExtensionModule value=\"C:\\tidewell\\libtidewell.so\"/>\n"
                   "  <WorkingDir value=\"" +
                       g_host->path() +
                       "\"/>\n"
                       "  <UrlBase value=\"" +
-                      g_contentWithSlash + "\"/>\n</TIDEWELL>\n");
-        ::setenv("_", g_host->file("iexplore").c_str(), 1);
+                      g_content->path() + "\"/>\n</TIDEWELL>\n");
+        ::setenv("_", g_host->path("iexplore").c_str(), 1);
     }
     void TearDown() override
     {
@@ -71,12 +71,14 @@ public:
 
 const std::string& hostFolder()
 {
-    return g_host->path();
+    static const std::string path = g_host->path();
+    return path;
 }
 
 const std::string& contentFolder()
 {
-    return g_contentWithSlash;
+    static const std::string path = g_content->path();
+    return path;
 }
 
 void putContent(const std::string& name, const std::string& bytes)
@@ -84,6 +86,18 @@ void putContent(const std::string& name, const std::string& bytes)
     std::filesystem::path path = contentFolder() + name;
     std::filesystem::create_directories(path.parent_path());
     EXPECT_TRUE(writeFile(path.string(), bytes)) << path;
+}
+
+bool writeFile(const std::string& path, const std::string& bytes)
+{
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    return static_cast<bool>(out << bytes);
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 Answer get(const std::string& url, const std::string& method)

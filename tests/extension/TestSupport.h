@@ -1,37 +1,27 @@
 #pragma once
 
-// Shared helpers of the engine's unit tests.
-//
-// The entry point reads its configuration once per process, through the
-// host path in the environment variable "_". A global test environment
-// therefore sets up, before any test runs, a host folder with TIDEWELL.XML
-// and "_" = <host folder>/iexplore, and a content folder that the
-// configuration names. Tests put the files they need into that content
-// folder (each under names of its own) and request them through the entry
-// point. ctest runs each test in a process of its own, which the tests on
-// simulated servers need (below); the others also pass when the whole
-// program runs at once, since every test uses names of its own.
-//
-// The hardware: the environment selects an empty simulated server for the
-// process, which the start-up job of the first request then uses. A
-// simulated-server test (tests/support/SimulatedServer.h) can still install
-// its own machine in a child process as long as nothing in this process has
-// reached the hardware yet: such tests make no request in the parent, and
-// need a process in which no earlier test made one.
+// Shared helpers of the engine's unit tests. Before any test runs, a global
+// environment makes a host folder with TIDEWELL.XML, sets "_" to
+// <host folder>/iexplore (the configuration is read once per process) and
+// selects an empty simulated server for the process's start-up job. A
+// simulated-server test (tests/support/SimulatedServer.h) installs its own
+// machine in a child, so it must make no request in the parent, and needs a
+// process in which no earlier test made one (ctest runs each test alone).
 
 #include "tests/support/PageRun.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <string>
 
 namespace TestSupport
 {
 
-// The process's host and content folders (set up before the first test).
-const std::string& hostFolder();
+const std::string& hostFolder();    // with a final "/"
 const std::string& contentFolder(); // with a final "/", as in the configuration
 // A file in the content folder, written now; folders are created.
 void putContent(const std::string& name, const std::string& bytes);
+bool writeFile(const std::string& path, const std::string& bytes);
+std::string readFile(const std::string& path); // empty if it cannot be read
 
 struct Answer
 {

@@ -1,10 +1,8 @@
 #pragma once
 
-// Running test code in forked child processes. A child reports through its
-// exit status (0 = all checks passed) and leaves with _exit(), so nothing of
-// the parent's (test framework, destructors, buffered output) runs twice.
-// Every child is killed by SIGALRM after its time limit, so a hung child
-// cannot hang the test; waiting for it is therefore bounded.
+// Test code in forked children: a child reports through its exit status
+// (0 = passed) and leaves with _exit(), so nothing of the parent's runs twice;
+// SIGALRM ends it after its time limit, so waiting for it is bounded.
 
 #include <cerrno>
 #include <csignal>
@@ -13,8 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// In a child's body: reports the failed condition on standard error and
-// makes the child exit with status 1.
+// In a child's body: reports the failed condition and exits with status 1.
 #define CHILD_CHECK(condition)                                                                     \
     do                                                                                             \
     {                                                                                              \

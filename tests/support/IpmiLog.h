@@ -5,12 +5,10 @@
 #include <cstdio>
 #include <string>
 
-// The requests that the simulated management controller received from
-// request `from` on, as text: "NNCC:data" (net function, command and data
-// in hex), blank-separated. A run of three or more printable bytes reads as
-// 'text' and three or more zero bytes at the end as "00*N", so that names
-// and padded passwords stay readable. `only` lists the "NNCC" forms to
-// keep, blank-separated; empty keeps every request.
+// The simulated controller's requests from `from` on, blank-separated, as
+// "NNCC:data" in hex (net function, command), with three or more printable
+// bytes as 'text' and three or more final zeros as "00*N". `only` lists the
+// "NNCC" to keep; empty keeps all.
 inline std::string ipmiLog(Sim::Machine& machine, std::size_t from = 0,
                            const std::string& only = "")
 {

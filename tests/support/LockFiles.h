@@ -1,7 +1,7 @@
 #pragma once
 
-// A private lock-file folder for the named-mutex tests, so that concurrent
-// test runs on one machine never share a semaphore set.
+// A private lock-file folder for the named-mutex tests: concurrent runs
+// never share a semaphore set.
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -28,9 +28,8 @@ inline int semaphoreValue(key_t key)
     return id < 0 ? -1 : semctl(id, 0, GETVAL);
 }
 
-// Waits (up to ten seconds) until a process is blocked on semaphore 0 of the
-// set of `key`: `which` is GETZCNT for one waiting for the value 0 (taking a
-// mutex) or GETNCNT for one waiting for it to rise (WaitSem).
+// Waits (up to ten seconds) until a process blocks on semaphore 0 of `key`:
+// `which` is GETZCNT (taking a mutex) or GETNCNT (WaitSem).
 inline bool awaitBlockedProcess(key_t key, int which)
 {
     for (int i = 0; i < 2000; ++i)
@@ -43,8 +42,7 @@ inline bool awaitBlockedProcess(key_t key, int which)
     return false;
 }
 
-// Whether this process may operate a set whose permission bits are 0, as the
-// named mutexes create them: only with CAP_IPC_OWNER (root).
+// Whether this process may operate sets of permission bits 0 (root only).
 inline bool canOperateModeZeroSets()
 {
     int id = semget(IPC_PRIVATE, 1, 0);
@@ -55,9 +53,8 @@ inline bool canOperateModeZeroSets()
     return allowed;
 }
 
-// A fresh folder "/tmp/tidewell-locks-XXXXXX/". Its destructor removes the
-// semaphore sets of the lock files it handed out (should a test have left
-// one), the files and the folder.
+// A fresh folder "/tmp/tidewell-locks-XXXXXX/", removed at the end with its
+// files and the semaphore sets of the lock files it handed out.
 class LockDirectory
 {
 public:
@@ -87,9 +84,8 @@ public:
     // The folder, ending in "/"; empty if it could not be made.
     std::string const& path() const { return m_path; }
 
-    // Creates a lock file named `base` followed by a number and returns its
-    // name. The number is chosen so that no semaphore set exists yet for the
-    // file's key (ftok keys of different files can coincide).
+    // A new lock file `base` + a number whose key has no semaphore set yet
+    // (ftok keys of different files can coincide); its name.
     std::string lockFile(char const* base)
     {
         for (unsigned n = 0; n < 100; ++n)
@@ -99,8 +95,7 @@ public:
             if (fd < 0)
                 continue;
             close(fd);
-            // A file whose key is taken stays until the end, so that the
-            // next file cannot reuse its inode and therefore its key.
+            // Kept to the end, so that no next file reuses its inode (its key).
             m_files.push_back(name);
             if (existingSet(key(name)) >= 0)
                 continue;
@@ -113,9 +108,8 @@ public:
     // The key of a lock file, computed without the library.
     key_t key(std::string const& name) const { return ftok((m_path + name).c_str(), 0); }
 
-    // Makes this folder the lock-file folder of the calling process. The
-    // library reads it once, on its first use: call this in a fresh child
-    // before any named-mutex function.
+    // Makes this the process's lock-file folder; the library reads it once:
+    // call this in a fresh child before any named-mutex function.
     void exportToEnvironment() const { setenv("TALVE_LOCK_FILES_DIR", m_path.c_str(), 1); }
 
 private:

@@ -7,11 +7,9 @@
 namespace TestSupport
 {
 
-// One command page run through a page processor of its own, as the entry
-// point runs "zrmedia://Tidewell/<page>?<query>", but without starting the
-// library (so no start-up job runs beside it): the text the page flushed.
-// Pages that act on hardware must run on a simulated server
-// (tests/support/SimulatedServer.h), never on this machine.
+// The text of "<page>?<query>" run as the entry point runs it, without
+// starting the library (no start-up job). Pages that act on hardware run on
+// a simulated server (tests/support/SimulatedServer.h) only.
 inline std::string runPage(const char* page, const std::string& query)
 {
     Common::string buffer;

@@ -12,17 +12,10 @@
 // with _exit, which skips the check that normally runs at exit.
 extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
 
-// Runs body(machine) in a child process whose hardware backend is the
-// simulated server `machine`, and fails the test unless the child ends
-// cleanly with no failed assertion and no leak.
-//
-// A process chooses its backend once and keeps every "supported" answer for
-// its life, as the product does; a fresh child per run gives each test its
-// own machine and fresh answers without any reset hook in the product. The
-// child works on its own copy of `machine`: check the machine's state inside
-// the body. Assertion messages appear in the output as the child prints them.
-//
-// The child is killed after `timeLimitSeconds`.
+// Runs body(machine) in a child whose hardware backend is the simulated
+// server `machine` (a process keeps its backend and "supported" answers for
+// life), and fails unless the child ends with no failed assertion and no
+// leak. The child works on its own copy: check the machine inside the body.
 template <class Body>
 void onSimulatedServer(Sim::Machine& machine, Body body, unsigned timeLimitSeconds = 20)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/support/TempDir.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <sys/mount.h>
 #include <unistd.h>
@@ -14,8 +14,8 @@
 namespace TestSupport
 {
 
-// A small tmpfs of its own, mounted for the object's life. Only root may
-// mount one: check refusal() and skip the test when it is not empty.
+// A small tmpfs, mounted for the object's life (root only: skip the test
+// when refusal() is not empty).
 class SmallFileSystem
 {
 public:
@@ -35,9 +35,8 @@ public:
     SmallFileSystem(const SmallFileSystem&) = delete;
     SmallFileSystem& operator=(const SmallFileSystem&) = delete;
 
-    // Why there is none; empty when mounted.
     const std::string& refusal() const { return m_refusal; }
-    std::string file(const std::string& name) const { return m_dir.file(name); }
+    std::string file(const std::string& name) const { return m_dir.path(name); }
 
     // Fills all but about `spare` bytes with the file "filler".
     void fill(std::size_t spare)
@@ -54,7 +53,7 @@ public:
     }
 
 private:
-    TempDir m_dir{"tidewell-full"};
+    ScratchFolder m_dir;
     std::string m_refusal;
 };
 

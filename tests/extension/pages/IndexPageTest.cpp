@@ -24,7 +24,7 @@ std::string redirect(const char* target)
 // seam of the index page).
 TEST(IndexPage, AnswerFilesAutomateOverRotationAndNoMarkersSelectTheLanguage)
 {
-    TestSupport::TempDir root("tidewell-markers");
+    ScratchFolder root;
     for (const char* folder : {"/tmp", "/mnt/bootdevice", "/mnt/automation"})
         std::filesystem::create_directories(root.path() + folder);
     Pages::Testing::SetIndexMarkerRoot(root.path().c_str());

@@ -47,40 +47,9 @@ void expectRestarts(Sim::Machine& machine, std::size_t count)
 } // namespace
 
 // The simulated reboot call returns, as a failed one would: only then does
-// the page answer, with the choices and a code for the invalid ones.
-TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsEvenWithInvalidChoices)
-{
-    Sim::Machine machine;
-    machine.addNvramController(kController);
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& machine)
-        {
-            const std::string choices =
-                "{\"ErrorCode\":0,\"Target\":[{\"Name\":\"Default\",\"Value\":\"Default\"},"
-                "{\"Name\":\"A:\",\"Value\":\"A\"},{\"Name\":\"C:\",\"Value\":\"C\"},"
-                "{\"Name\":\"CD\",\"Value\":\"CD\"},{\"Name\":\"PXE\",\"Value\":\"PXE\"},"
-                "{\"Name\":\"FSET\",\"Value\":\"FSET\"}],\"ColdBoot\":[{\"Name\":\"Yes\","
-                "\"Value\":\"Yes\"},{\"Name\":\"No\",\"Value\":\"No\"}]}";
-            EXPECT_EQ(choices, runPage("reboot.nsp", "command=QUERY"));
-            EXPECT_EQ("", runPage("reboot.nsp", "Command=Restart"));
-            expectRestarts(machine, 0);
-            EXPECT_EQ(restarted("default", "no"),
-                      runPage("reboot.nsp", "Command=Perform&Target=default&ColdBoot=no"));
-            EXPECT_EQ(0u, machine.reboots()[0].at) << "no wait without a cold boot";
-            EXPECT_EQ(restarted("B", "No", 2),
-                      runPage("reboot.nsp", "Command=Perform&Target=B&ColdBoot=No"));
-            EXPECT_EQ(restarted("C", "", 3), runPage("reboot.nsp", "Command=Perform&Target=C"));
-            EXPECT_EQ(restarted("", "Maybe", 3),
-                      runPage("reboot.nsp", "Command=Perform&ColdBoot=Maybe"));
-            expectRestarts(machine, 4);
-            EXPECT_TRUE(writesAfterProbe(machine).empty());
-        });
-}
-
-// A cold boot: the NVRAM registers, two seconds, then the restart; nothing
-// is answered before it, and the semaphore is free at the restart.
-TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
+// the page answer. A cold boot writes the NVRAM registers, waits two seconds
+// and restarts with the semaphore free, having answered nothing before.
+TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsColdThroughTheNVRAMRegisters)
 {
     Sim::Machine machine;
     machine.addNvramController(kController).setByte(0x94, 0x41);
@@ -88,13 +57,31 @@ TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
         machine,
         [](Sim::Machine& machine)
         {
+            EXPECT_EQ("{\"ErrorCode\":0,\"Target\":[{\"Name\":\"Default\",\"Value\":\"Default\"},"
+                      "{\"Name\":\"A:\",\"Value\":\"A\"},{\"Name\":\"C:\",\"Value\":\"C\"},"
+                      "{\"Name\":\"CD\",\"Value\":\"CD\"},{\"Name\":\"PXE\",\"Value\":\"PXE\"},"
+                      "{\"Name\":\"FSET\",\"Value\":\"FSET\"}],\"ColdBoot\":[{\"Name\":\"Yes\","
+                      "\"Value\":\"Yes\"},{\"Name\":\"No\",\"Value\":\"No\"}]}",
+                      runPage("reboot.nsp", "command=QUERY"));
+            EXPECT_EQ("", runPage("reboot.nsp", "Command=Restart"));
+            expectRestarts(machine, 0);
+            const std::pair<const char*, std::string> invalid[] = {
+                {"Target=default&ColdBoot=no", restarted("default", "no")},
+                {"Target=B&ColdBoot=No", restarted("B", "No", 2)},
+                {"Target=C", restarted("C", "", 3)},
+                {"ColdBoot=Maybe", restarted("", "Maybe", 3)}};
+            for (auto const& c : invalid)
+                EXPECT_EQ(c.second,
+                          runPage("reboot.nsp", std::string("Command=Perform&") + c.first));
+            expectRestarts(machine, 4);
+            EXPECT_TRUE(writesAfterProbe(machine).empty());
+
+            const std::uint64_t before = machine.clock().now();
             Common::string buffer;
             NSP nsp(&buffer);
-            bool atRestart = false;
             machine.atReboot(
                 [&]
                 {
-                    atRestart = true;
                     EXPECT_EQ(0u, buffer.size());
                     EXPECT_FALSE(controllerOf(machine).semaphoreHeld());
                     std::vector<Sim::RegisterWrite> sequence = {{0xA6, 2, 2},    {0xA6, 2, 2},
@@ -103,9 +90,9 @@ TEST(RebootPage, ColdBootThroughTheNVRAMRegistersThenTwoSecondsThenRestart)
                     EXPECT_EQ(sequence, writesAfterProbe(machine));
                 });
             nsp.Execute("GET", "reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
-            EXPECT_TRUE(atRestart);
-            expectRestarts(machine, 1);
-            EXPECT_EQ(2000000u, machine.reboots()[0].at);
+            expectRestarts(machine, 5);
+            EXPECT_EQ(0u, machine.reboots()[0].at) << "no wait without a cold boot";
+            EXPECT_EQ(before + 2000000u, machine.reboots()[4].at);
             EXPECT_EQ(restarted("Default", "Yes"), std::string(buffer.c_str()));
         });
 

@@ -40,8 +40,7 @@ std::string refused(const std::string& request, const std::string& code)
     return "{\"ErrorCode\":1,\"Request\":\"" + request + "\",\"CompletionCode\":\"" + code + "\"}";
 }
 
-// A command with its parameters, what the page answers, and the changes it
-// sends (ipmiLog of the setters).
+// A command, the page's answer, and the changes it sends (ipmiLog of the setters).
 struct Step
 {
     std::string command;
@@ -49,9 +48,8 @@ struct Step
     testing::Matcher<std::string> changes;
 };
 
-// Runs `steps` on a server whose controller has `users` user IDs (user 2
-// the administrator, as in the examples), after setup(controller); then
-// after(machine).
+// Runs `steps` on a controller with `users` user IDs (user 2 the
+// administrator) after setup(controller); then after(machine).
 void onController(std::vector<Step> const& steps,
                   std::function<void(Sim::ManagementController&)> setup = {}, std::size_t users = 2,
                   std::function<void(Sim::Machine&)> after = {})
@@ -123,10 +121,7 @@ TEST(Wd100Page, QueryAnswersEverySectionFromTheLANChannel)
             c.powerRestorePolicy = 2;
         },
         3);
-}
-
-TEST(Wd100Page, QueryListsWhatTheControllerDoesNotSupport)
-{
+    // What the controller does not support is listed.
     onController(
         {{"Query",
           AllOf(StartsWith("{\"ErrorCode\":0,\"Network\":{"), HasSubstr("\"Users\":[{\"ID\":1,"),
@@ -139,7 +134,7 @@ TEST(Wd100Page, QueryListsWhatTheControllerDoesNotSupport)
             c.answerNextWith({0x00});             // the presence test
             c.answerNextWith({0x00, 0x20, 0x01}); // a short Get Device ID
         });
-    // Without a LAN channel among channels 0..11 its sections are left out.
+    // Without a LAN channel among channels 0..11 its sections are missing.
     onController(
         {{"Query",
           AllOf(StartsWith("{\"ErrorCode\":0,\"Identity\":{"),
@@ -157,9 +152,8 @@ TEST(Wd100Page, QueryListsWhatTheControllerDoesNotSupport)
         });
 }
 
-// Every write sits inside one set-in-progress sequence (set in progress,
-// the parameters, commit, set complete), which ends with set complete also
-// when a write is refused; a set begun by another is left alone.
+// Set in progress, the parameters, commit, set complete (also after a
+// refused write); a set begun by another is left alone.
 TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
 {
     onController(
@@ -176,23 +170,13 @@ TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
          // Only what is given is sent; VLAN 0 switches the VLAN off.
          {"SetNetwork&IPSource=DHCP&VLANID=0", kDone,
           "0C01:010001 0C01:010402 0C01:01140000 0C01:010002 0C01:010000"},
-         {"SetNetwork", kDone, ""}},
-        {}, 2,
-        [](Sim::Machine& machine)
-        { EXPECT_EQ(2u, machine.managementController()->lan().setInProgress.commits()); });
-    onController(
-        {{"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0&Gateway=10.0.0.1",
-          refused("SubnetMask", "CC"),
-          "0C01:010001 0C01:01030A000005 0C01:0106FF00*3 0C01:010000"}},
-        [](Sim::ManagementController& c) {
-            c.refuse(0x0C, 0x01, {1, 6}, 0xCC);
-        },
-        2,
-        [](Sim::Machine& machine)
-        {
-            EXPECT_FALSE(machine.managementController()->lan().setInProgress.inProgress());
-            EXPECT_EQ(0u, machine.managementController()->lan().setInProgress.commits());
-        });
+         {"SetNetwork", kDone, ""}});
+    onController({{"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0&Gateway=10.0.0.1",
+                   refused("SubnetMask", "CC"),
+                   "0C01:010001 0C01:01030A000005 0C01:0106FF00*3 0C01:010000"}},
+                 [](Sim::ManagementController& c) {
+                     c.refuse(0x0C, 0x01, {1, 6}, 0xCC);
+                 });
     onController({{"SetNetwork&Gateway=10.0.0.1", refused("Commit", "D5"),
                    "0C01:010001 0C01:010C0A000001 0C01:010002 0C01:010000"}},
                  [](Sim::ManagementController& c) {
@@ -216,7 +200,6 @@ TEST(Wd100Page, BadValuesAreAnsweredBeforeAnythingIsSent)
         {"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.255.0", "SubnetMask"},
         {"SetNetwork&Gateway=a.b.c.d", "Gateway"},
         {"SetNetwork&VLANID=4095", "VLANID"},
-        {"SetNetwork&VLANID=-1", "VLANID"},
         {"SetUser&Name=x", "ID"},
         {"SetUser&ID=0&Name=x", "ID"},
         {"SetUser&ID=3&Name=x", "ID"},
@@ -228,7 +211,6 @@ TEST(Wd100Page, BadValuesAreAnsweredBeforeAnythingIsSent)
         {"SetUser&ID=2&Enabled=Maybe", "Enabled"},
         {"SetUser&ID=2&Enabled=No", "Enabled"}, // the last enabled administrator stays
         {"SetUser&ID=2&Privilege=Operator", "Privilege"},
-        {"SetUser&ID=2&Privilege=User&Enabled=No", "Privilege"},
         {"SetServices&LANEnabled=On", "LANEnabled"},
         {"SetServices&SOLEnabled=1", "SOLEnabled"},
         {"SetServices&BaudRate=4800", "BaudRate"},
@@ -241,7 +223,9 @@ TEST(Wd100Page, BadValuesAreAnsweredBeforeAnythingIsSent)
 }
 
 // Name, password (16 or 20 bytes), privilege with IPMI messaging on the LAN
-// channel, then enable; the last enabled administrator stays.
+// channel, then enable; the last enabled administrator stays, also on a
+// controller that leaves enable status unspecified and refuses the null
+// user's name (users reaching the channel count as enabled).
 TEST(Wd100Page, SetUserSendsNamePasswordPrivilegeThenEnable)
 {
     onController(
@@ -263,13 +247,6 @@ TEST(Wd100Page, SetUserSendsNamePasswordPrivilegeThenEnable)
             EXPECT_EQ("tide-4", machine.managementController()->users().user(3).password);
             EXPECT_FALSE(machine.managementController()->users().user(2).enabled);
         });
-}
-
-// A controller that leaves enable status unspecified and refuses the name of
-// the null user (as some standard ones do): the users are read all the same,
-// enabled when they reach the channel, and the last administrator stays.
-TEST(Wd100Page, UsersOfAControllerWithoutEnableStatus)
-{
     onController({{"Query",
                    HasSubstr("\"Users\":[{\"ID\":1,\"Name\":\"\",\"Enabled\":\"No\",\"Privilege\":"
                              "\"NoAccess\"},{\"ID\":2,\"Name\":\"admin\",\"Enabled\":\"Yes\","
@@ -283,8 +260,8 @@ TEST(Wd100Page, UsersOfAControllerWithoutEnableStatus)
                  });
 }
 
-// The access mode goes into both settings with the alerting switch kept;
-// a refusal names the request and its completion code, and nothing follows.
+// The access mode goes into both settings, the alerting switch kept; a
+// refusal names the request and its completion code, and nothing follows.
 TEST(Wd100Page, SetServicesAndPowerPolicyAndTheirRefusals)
 {
     onController(
