@@ -1,5 +1,5 @@
-// The global pool's fixed rules and its class-level operators. Which block
-// an allocation takes is checked at length by PoolDecisions.
+// The global pool's fixed layout and its class-level operators; which block
+// an allocation takes is PoolDecisions' concern.
 #include "common/GlobalStaticAllocator.h"
 #include "tests/common/PoolTestSupport.h"
 
@@ -37,28 +37,6 @@ TEST_F(GlobalPool, TenSegmentsAreReservedOnceAndEveryByteMapsToItsSegment)
     }
 }
 
-TEST_F(GlobalPool, ANodeLargerByOneToThreeBytesIsSkipped)
-{
-    std::vector<void*> full = fillSegmentsAfter(1); // only segment 0 has room
-    char* s0 = Pool::getSegmentAddr(0);
-    char* a = static_cast<char*>(Pool::allocate(100)); // 102 bytes at 0
-    char* separator = static_cast<char*>(Pool::allocate(2));
-    Pool::deallocate(a);
-    for (unsigned n : {97u, 98u, 99u}) // would leave 1 to 3 bytes of the first node
-    {
-        char* p = static_cast<char*>(Pool::allocate(n));
-        EXPECT_EQ(s0 + 108, p) << n;
-        Pool::deallocate(p);
-    }
-    char* split = static_cast<char*>(Pool::allocate(96)); // leaves a 4-byte node ...
-    char* tiny = static_cast<char*>(Pool::allocate(2));   // ... which a 2-byte request fits
-    EXPECT_EQ(s0 + 2, split);
-    EXPECT_EQ(s0 + 100, tiny);
-    for (void* p : {tiny, split, separator})
-        Pool::deallocate(p);
-    freeAll(full);
-}
-
 TEST_F(GlobalPool, ToXMLWritesNeverAByteBeyondTheSizeGiven)
 {
     std::string const text = poolXml();
@@ -92,11 +70,6 @@ struct Throwing : Common::GlobalStaticAllocator
     Throwing() { throw std::runtime_error("constructor fails"); }
 };
 
-bool aligned(void const* p)
-{
-    return reinterpret_cast<std::uintptr_t>(p) % __STDCPP_DEFAULT_NEW_ALIGNMENT__ == 0;
-}
-
 TEST_F(GlobalPool, PooledObjectsComeAlignedFromThePoolOrElseTheHeapAndGoBackThere)
 {
     Common::GlobalStaticAllocator allocator;
@@ -104,7 +77,8 @@ TEST_F(GlobalPool, PooledObjectsComeAlignedFromThePoolOrElseTheHeapAndGoBackTher
     Pooled* many = new Pooled[5];
     Pooled* placed = new (&allocator) Pooled[3];
     for (Pooled* p : {one, many, placed})
-        EXPECT_TRUE(inPool(p) && aligned(p) && p->number == 7);
+        EXPECT_TRUE(inPool(p) && p->number == 7 &&
+                    reinterpret_cast<std::uintptr_t>(p) % __STDCPP_DEFAULT_NEW_ALIGNMENT__ == 0);
     EXPECT_EQ(1.5, many[4].value);
     EXPECT_THROW(new Throwing, std::runtime_error); // the memory goes back
     EXPECT_THROW(new (&allocator) Throwing[2], std::runtime_error);

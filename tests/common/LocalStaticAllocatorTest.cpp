@@ -1,5 +1,3 @@
-// Per-class pools: N slots, then the global pool, then the heap; and both
-// pools used from two threads at once.
 #include "common/LocalStaticAllocator.h"
 #include "tests/common/PoolTestSupport.h"
 
@@ -16,7 +14,6 @@ using namespace PoolTest;
 namespace
 {
 
-// Shaped like an XML element: a few pointers and counts.
 struct Probe : Common::LocalStaticAllocator<Probe, 200, 8>
 {
     explicit Probe(unsigned v = 0) : value(v), self(this), check(~v) {}
@@ -27,14 +24,13 @@ struct Probe : Common::LocalStaticAllocator<Probe, 200, 8>
     unsigned check;
 };
 
-// Larger than Probe: cannot use a Probe slot.
 struct BigProbe : Probe
 {
     explicit BigProbe(unsigned v) : Probe(v) {}
     char more[64] = {};
 };
 
-// A small pool, so that the threads overflow it all the time.
+// A small pool, which the threads overflow all the time.
 struct Small : Common::LocalStaticAllocator<Small, 16, 8>
 {
     explicit Small(unsigned v) : value(v), check(~v) {}
@@ -53,43 +49,25 @@ struct LocalPool : PoolFixture
     }
 };
 
-TEST_F(LocalPool, SlotsAreReusedAndALargerObjectGoesToTheGlobalPool)
+TEST_F(LocalPool, NSlotsThenTheGlobalPoolThenTheHeapAndEachObjectGoesBackWhereItCameFrom)
 {
-    Probe* a = new Probe(1);
-    Probe* b = new Probe(2);
-    EXPECT_TRUE(Probe::isLocal(a) && !inPool(a));
-    EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(a) % alignof(Probe));
-    delete a;
-    Probe* c = new Probe(3);
-    EXPECT_EQ(a, c); // the slot just freed
-    EXPECT_TRUE(b->intact() && c->intact());
-    Probe* big = new BigProbe(9);
+    Probe* big = new BigProbe(9); // cannot use a slot
     EXPECT_TRUE(!Probe::isLocal(big) && inPool(big));
-    for (Probe* p : {b, c, big})
-        delete p; // virtual destructor: the sized delete gets sizeof(BigProbe)
-}
-
-TEST_F(LocalPool, MoreThanNObjectsFallBackToTheGlobalPoolThenTheHeapAndGoBackWhereTheyCameFrom)
-{
+    delete big; // virtual destructor: the sized delete gets sizeof(BigProbe)
     std::vector<void*> full = fillSegmentsAfter(1);
     std::vector<Probe*> probes;
-    enum
-    {
-        Local,
-        Global,
-        Heap
-    } last = Local;
-    unsigned counts[3] = {0, 0, 0};
-    while (counts[Heap] < 25 && probes.size() < 10000)
+    unsigned counts[3] = {0, 0, 0}, last = 0; // local, global, heap
+    while (counts[2] < 25 && probes.size() < 10000)
     {
         probes.push_back(new Probe(unsigned(probes.size())));
-        auto where = Probe::isLocal(probes.back()) ? Local : inPool(probes.back()) ? Global : Heap;
+        unsigned where = Probe::isLocal(probes.back()) ? 0 : inPool(probes.back()) ? 1 : 2;
         ASSERT_GE(where, last) << "object " << probes.size();
+        EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(probes.back()) % alignof(Probe));
         last = where;
         ++counts[where];
     }
-    EXPECT_EQ(200u, counts[Local]);
-    EXPECT_GT(counts[Global], 500u); // segment 0 holds them until it is full
+    EXPECT_EQ(200u, counts[0]);
+    EXPECT_GT(counts[1], 500u); // segment 0 holds them until it is full
     std::shuffle(probes.begin(), probes.end(), std::mt19937(11));
     for (size_t k = 0; k < probes.size(); k += 2)
         delete probes[k];
@@ -104,9 +82,7 @@ TEST_F(LocalPool, MoreThanNObjectsFallBackToTheGlobalPoolThenTheHeapAndGoBackWhe
     freeAll(full);
 }
 
-// Every object carries its owner's mark, checked before it is freed; the
-// pool's lists are checked while the threads run and by the fixture after.
-// The small class pool overflows into the global pool all the time.
+// Every object carries its owner's mark, checked before it is freed.
 TEST_F(LocalPool, TwoThreadsAllocateAndFreeConcurrently)
 {
     std::atomic<unsigned> failures(0), ready(0);

@@ -20,7 +20,7 @@ TEST(XMLElement, AttributesAreUniqueByNameAndWrittenInAscendingNameOrder)
     e->RemoveAttribute("missing");
     EXPECT_TRUE(e->hasAttribute("Name"));
     EXPECT_FALSE(e->hasAttribute("name")); // names are case-sensitive
-    EXPECT_EQ("", str(e->attribute("name")));
+    EXPECT_EQ("", text(e->attribute("name")));
     // strcmp order: upper case before lower case, shorter prefix first.
     EXPECT_EQ("<PCIDevice BootOrder=\"0\" Bu=\"0\" Index=\"7\" Name=\"\" VendorID=\"0\" b=\"0\"/>",
               write(e));
@@ -32,9 +32,9 @@ TEST(XMLElement, AttributesAreUniqueByNameAndWrittenInAscendingNameOrder)
     e->Attribute(first, "1");
     e->Attribute("id", "0");
     e->RemoveAttribute(first);
-    EXPECT_EQ("0", str(e->attribute("id")));
+    EXPECT_EQ("0", text(e->attribute("id")));
     EXPECT_FALSE(e->hasAttribute(first));
-    EXPECT_EQ("2", str(e->attribute(second)));
+    EXPECT_EQ("2", text(e->attribute(second)));
 }
 
 TEST(XMLElement, ChildrenAreSharedFoundByExactTagAndAMissingOneIsADetachedPlaceholder)
@@ -52,10 +52,10 @@ TEST(XMLElement, ChildrenAreSharedFoundByExactTagAndAMissingOneIsADetachedPlaceh
     EXPECT_EQ("<AllBoards><pci/><PCI>changed after adding</PCI><PCI/></AllBoards>", write(root));
 
     ElementPtr missing = root->getElement("Missing");
-    EXPECT_EQ("null", str(missing->tag()));
+    EXPECT_EQ("null", text(missing->tag()));
     EXPECT_NE(missing.get(), root->getElement("Missing").get());
     missing->AddElement(element("child")); // changes nothing in the tree
-    EXPECT_EQ("null", str(root->getElement("a")->getElement("b")->tag()));
+    EXPECT_EQ("null", text(root->getElement("a")->getElement("b")->tag()));
     EXPECT_EQ("<AllBoards><pci/><PCI>changed after adding</PCI><PCI/></AllBoards>", write(root));
     ElementPtr real = element("null");
     root->AddElement(real);

@@ -3,6 +3,7 @@
 // Helpers shared by the XML tests.
 #include "common/XML.h"
 #include "common/XMLElement.h"
+#include "tests/support/Text.h"
 
 #include <string>
 
@@ -13,11 +14,6 @@ typedef Common::shared_ptr<Common::XML::Element> ElementPtr;
 inline ElementPtr element(char const* tag)
 {
     return ElementPtr(new Common::XML::Element(tag));
-}
-
-inline std::string str(Common::string const& s)
-{
-    return std::string(s.c_str(), s.size());
 }
 
 // Parses `text` into a fresh root made as the system makes it (tag "null").
@@ -32,7 +28,7 @@ inline ElementPtr parse(std::string const& text)
 
 inline std::string write(ElementPtr const& e)
 {
-    return str(Common::XML::Parser().xml(e));
+    return text(Common::XML::Parser().xml(e));
 }
 
 // An empty root (what a text without tags leaves) is written like this.

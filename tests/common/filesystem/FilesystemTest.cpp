@@ -43,7 +43,7 @@ TEST(Filesystem, ReadsAndWritesRegularFilesOnlyAndNoneLongerThanTheLimit)
 
     Common::string read("unchanged");
     // A FIFO without a writer would wait; /dev/zero would never end.
-    for (Common::string path : {scratch.at("missing"), scratch.at("fifo"),
+    for (Common::string path : {scratch.at("missing"), scratch.at("fifo"), scratch.at(""),
                                 Common::string("/dev/zero"), scratch.at("past-limit")})
         EXPECT_FALSE(fs::getContents(path, read)) << path.c_str();
     EXPECT_EQ("unchanged", text(read));
