@@ -1,4 +1,3 @@
-// Common::string and the case-insensitive Common::istring.
 #include "common/String.h"
 #include "common/CaseCompare.h"
 #include "common/IString.h"

@@ -1,20 +1,106 @@
-#include "common/Thread.h"
+#include "common/ProcessMutex.h"
+#include "common/RecursiveProcessMutex.h"
+#include "common/ScopedMutexLock.h"
 #include "common/Sleep.h"
+#include "common/Thread.h"
 #include "common/ThreadGroup.h"
+#include "common/Timer.h"
 #include "tests/support/ChildProcess.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <memory>
+#include <pthread.h>
 #include <sys/resource.h>
 
-using Common::Synchronization::Sleep;
-using Common::Synchronization::Thread;
-using Common::Synchronization::Threadable;
-using Common::Synchronization::ThreadGroup;
+using namespace Common::Synchronization;
 
 namespace
 {
+
+struct Locker : Threadable
+{
+    explicit Locker(ProcessMutex& mutex) : mutex(mutex) {}
+    void Run() override { entered = ScopedMutexLock(mutex).locked(); }
+    ProcessMutex& mutex;
+    std::atomic<bool> entered{false};
+};
+
+TEST(ProcessMutex, AScopedLockExcludesOtherThreadsAndTheHolderMayLockARecursiveOneAgain)
+{
+    ProcessMutex plain;
+    Locker first(plain);
+    std::unique_ptr<Thread> thread;
+    {
+        ScopedMutexLock lock(plain);
+        ASSERT_TRUE(lock.locked());
+        thread.reset(new Thread(first));
+        Sleep(50);
+        EXPECT_FALSE(first.entered);
+    }
+    thread->Join();
+    EXPECT_TRUE(first.entered);
+
+    RecursiveProcessMutex mutex;
+    ASSERT_TRUE(mutex.Lock() == 0 && mutex.Lock() == 0);
+    Locker second(mutex);
+    thread.reset(new Thread(second));
+    EXPECT_EQ(0, mutex.Unlock());
+    Sleep(50);
+    EXPECT_FALSE(second.entered);
+    EXPECT_EQ(0, mutex.Unlock());
+    thread->Join();
+    EXPECT_TRUE(second.entered);
+    EXPECT_NE(0, mutex.Unlock()); // not held any more
+}
+
+double seconds(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(Timer, CountsProcessorTimeNotSleep)
+{
+    Timer timer;
+    Sleep(200);
+    EXPECT_LT(timer.elapsedSeconds(), 0.1);
+    timer.Reset();
+    auto processor = [] { return double(std::clock()) / CLOCKS_PER_SEC; };
+    double start = processor();
+    auto wallStart = std::chrono::steady_clock::now();
+    while (processor() - start < 0.1 && seconds(wallStart) < 10)
+    {
+    }
+    EXPECT_NEAR(processor() - start, timer.elapsedSeconds(), 0.02);
+}
+
+// SIGUSR1, with a handler without SA_RESTART, arrives in the middle.
+TEST(Sleep, WaitsTheWholeTimeThoughASignalArrives)
+{
+    struct sigaction action = {}, previous;
+    action.sa_handler = [](int) {};
+    ASSERT_EQ(0, sigaction(SIGUSR1, &action, &previous));
+    struct Interrupter : Threadable
+    {
+        pthread_t target = pthread_self();
+        void Run() override
+        {
+            Sleep(30);
+            pthread_kill(target, SIGUSR1);
+        }
+    } interrupter;
+    auto start = std::chrono::steady_clock::now();
+    Thread thread(interrupter);
+    Sleep(150);
+    double slept = seconds(start);
+    thread.Join();
+    sigaction(SIGUSR1, &previous, nullptr);
+    EXPECT_GE(slept, 0.15);
+}
 
 // Runs until opened, or for ten seconds at most, so that a test that wrongly
 // waits for it fails instead of hanging.

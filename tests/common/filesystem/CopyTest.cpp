@@ -1,11 +1,15 @@
+#include "common/Thread.h"
 #include "common/filesystem/Copy.h"
+#include "common/filesystem/CopyRegistry.h"
 #include "common/filesystem/Wildcard.h"
 
 #include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <sys/stat.h>
+#include <thread>
 
 namespace fs = Common::Filesystem;
 namespace stdfs = std::filesystem;
@@ -101,4 +105,62 @@ TEST(Copy, FollowsLinksButNeverLoops)
     EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("tree/sub")));
     EXPECT_EQ("real", scratch.read("tree/sub/tree/data/real.txt"));
     EXPECT_TRUE(stdfs::is_empty(scratch.path("tree/sub/tree/sub")));
+}
+
+namespace
+{
+using Status = fs::CopyThread::_COPY_STATUS;
+unsigned const kManyFiles = 3000;
+unsigned const kFileSize = 4096;
+
+// Many small files, so that a copy takes long enough to be caught midway.
+void writeManyFiles(ScratchFolder const& scratch)
+{
+    for (unsigned index = 0; index < kManyFiles; ++index)
+        scratch.write("many/f" + std::to_string(index), std::string(kFileSize, 'm'));
+}
+
+// Files a stopped copy left behind; each must be whole (copies stop between files).
+unsigned wholeFilesIn(ScratchFolder const& scratch, std::string const& folder)
+{
+    unsigned count = 0;
+    if (scratch.exists(folder))
+        for (auto const& entry : stdfs::directory_iterator(scratch.path(folder)))
+            count += entry.file_size() == kFileSize ? 1 : 1000000;
+    return count;
+}
+
+} // namespace
+
+// What a finished copy reports is the system page's tests' concern.
+TEST(CopyThread, StopEndsTheCopyBetweenFilesAndTheRegistryRunsOneCopyPerKeyUntilDestroyed)
+{
+    ScratchFolder scratch;
+    writeManyFiles(scratch);
+    fs::CopyThread copy(scratch.at("many"), scratch.at("copy"));
+    {
+        Common::Synchronization::Thread thread(copy);
+        while (copy.isRunning() && copy.status().currentFile < 10)
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        copy.Stop();
+    }
+    EXPECT_FALSE(copy.isRunning());
+    Status status = copy.status();
+    EXPECT_LT(status.currentFile, status.totalFiles);
+    EXPECT_EQ(status.currentFile, wholeFilesIn(scratch, "copy"));
+    EXPECT_EQ(status.currentFile * kFileSize, status.currentByte);
+
+    {
+        fs::CopyRegistry registry;
+        ASSERT_TRUE(registry.Start("a", scratch.at("many"), scratch.at("a")));
+        ASSERT_TRUE(registry.Start("b", scratch.at("many"), scratch.at("b")));
+        EXPECT_FALSE(registry.Start("a", scratch.at("many"), scratch.at("other")));
+        bool running;
+        EXPECT_FALSE(registry.progress("A", status, running)); // keys keep their case
+    }
+    EXPECT_FALSE(scratch.exists("other"));
+    unsigned copied = wholeFilesIn(scratch, "a") + wholeFilesIn(scratch, "b");
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(copied, wholeFilesIn(scratch, "a") + wholeFilesIn(scratch, "b")); // ended
+    EXPECT_LT(copied, 2 * kManyFiles);
 }
