@@ -150,13 +150,8 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
     std::vector<void*> freed; // pointers given back, for second frees
     int onStack = 0;
     std::vector<char> onHeap(64);
-    void* const foreign[] = {nullptr,
-                             &onStack,
-                             onHeap.data() + 2,
-                             base - 64,
-                             base + 1,
-                             base + Pool::PoolSize,
-                             base + Pool::PoolSize + 2,
+    void* const foreign[] = {nullptr,  &onStack, onHeap.data() + 2,      base - 64,
+                             base + 1, base + Pool::PoolSize, base + Pool::PoolSize + 2,
                              base + Pool::PoolSize + 4096};
     unsigned long nulls = 0, ignored = 0;
 
