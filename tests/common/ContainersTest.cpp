@@ -1,9 +1,9 @@
 #include "common/IString.h"
 #include "common/List.h"
 #include "common/Map.h"
-#include "common/SortedMap.h"
 #include "common/SharedPtr.h"
 #include "common/Sort.h"
+#include "common/SortedMap.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,6 @@ struct CountingAllocator
         ::operator delete(p);
     }
 };
-
 
 template <class Map> std::vector<std::string> keysOf(Map const& m)
 {
@@ -137,23 +136,20 @@ TEST(Map, IStringKeysGoToTheFrontAndKeepTheirFirstSpellingOthersStaySorted)
 
 TEST(Sort, BubbleSortSwapsEqualNeighboursEachTimeTheyMeet)
 {
-    Common::list<Ranked> items;
-    for (Ranked r : {Ranked{4, 1}, Ranked{1, 2}, Ranked{3, 3}, Ranked{2, 4}})
-        items.push_back(r);
-    Common::sort(items.begin(), items.end(), Common::LessThanPredicate<Ranked>());
-    EXPECT_EQ((std::vector<int>{2, 4, 3, 1}), idsOf(items));
-
+    auto sorted = [](std::initializer_list<Ranked> ranked)
+    {
+        Common::list<Ranked> items;
+        for (Ranked r : ranked)
+            items.push_back(r);
+        Common::sort(items.begin(), items.end(), Common::LessThanPredicate<Ranked>());
+        return idsOf(items);
+    };
+    EXPECT_EQ((std::vector<int>{2, 4, 3, 1}), sorted({{4, 1}, {1, 2}, {3, 3}, {2, 4}}));
     // With three elements the equal pair meets twice and ends where it
     // started; with two it meets once and ends exchanged.
-    Common::list<Ranked> three, two, empty;
-    for (Ranked r : {Ranked{1, 10}, Ranked{1, 11}, Ranked{5, 12}})
-        three.push_back(r);
-    two.push_back(Ranked{1, 10});
-    two.push_back(Ranked{1, 11});
-    for (Common::list<Ranked>* l : {&three, &two, &empty})
-        Common::sort(l->begin(), l->end(), Common::LessThanPredicate<Ranked>());
-    EXPECT_EQ((std::vector<int>{10, 11, 12}), idsOf(three));
-    EXPECT_EQ((std::vector<int>{11, 10}), idsOf(two));
+    EXPECT_EQ((std::vector<int>{10, 11, 12}), sorted({{1, 10}, {1, 11}, {5, 12}}));
+    EXPECT_EQ((std::vector<int>{11, 10}), sorted({{1, 10}, {1, 11}}));
+    EXPECT_TRUE(sorted({}).empty());
 }
 
 typedef Common::sorted_map<int, int> IntMap;

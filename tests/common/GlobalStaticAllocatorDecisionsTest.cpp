@@ -154,6 +154,13 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
                              base + 1, base + Pool::PoolSize, base + Pool::PoolSize + 2,
                              base + Pool::PoolSize + 4096};
     unsigned long nulls = 0, ignored = 0;
+    auto giveBack = [&](Block const& block)
+    {
+        bool intact = std::count(block.p, block.p + block.n, block.fill) == long(block.n);
+        Pool::deallocate(block.p);
+        plain.release(at(block.p), std::max(block.n + 2, 4u));
+        return intact;
+    };
 
     for (unsigned long step = 0; step < operations; ++step)
     {
@@ -194,15 +201,10 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
         }
         else if (kind < 94)
         {
-            size_t k = random() % live.size();
-            Block block = live[k];
-            live[k] = live.back();
+            std::swap(live[random() % live.size()], live.back());
+            ASSERT_TRUE(giveBack(live.back())) << "a live block was overwritten";
+            freed.push_back(live.back().p);
             live.pop_back();
-            ASSERT_EQ(long(block.n), std::count(block.p, block.p + block.n, block.fill))
-                << "a live block was overwritten";
-            Pool::deallocate(block.p);
-            plain.release(at(block.p), std::max(block.n + 2, 4u));
-            freed.push_back(block.p);
         }
         else
         {
@@ -226,10 +228,7 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
     EXPECT_GT(ignored, 0ul);
     ASSERT_EQ(plain.xml(baseAddress), poolXml());
     for (Block const& block : live)
-    {
-        Pool::deallocate(block.p);
-        plain.release(at(block.p), std::max(block.n + 2, 4u));
-    }
+        EXPECT_TRUE(giveBack(block));
     EXPECT_EQ(plain.xml(baseAddress), poolXml());
     EXPECT_TRUE(isPristine());
 }

@@ -1,8 +1,8 @@
+#include "common/Thread.h"
 #include "common/ProcessMutex.h"
 #include "common/RecursiveProcessMutex.h"
 #include "common/ScopedMutexLock.h"
 #include "common/Sleep.h"
-#include "common/Thread.h"
 #include "common/ThreadGroup.h"
 #include "common/Timer.h"
 #include "tests/support/ChildProcess.h"
@@ -13,9 +13,11 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <thread>
 
 using namespace Common::Synchronization;
 
@@ -30,31 +32,27 @@ struct Locker : Threadable
     std::atomic<bool> entered{false};
 };
 
+// Whether another thread waits for `mutex` until release() runs, and then gets in.
+bool excludesUntil(ProcessMutex& mutex, std::function<void()> release)
+{
+    Locker locker(mutex);
+    Thread thread(locker);
+    Sleep(50);
+    bool waited = !locker.entered;
+    release();
+    thread.Join();
+    return waited && locker.entered;
+}
+
 TEST(ProcessMutex, AScopedLockExcludesOtherThreadsAndTheHolderMayLockARecursiveOneAgain)
 {
     ProcessMutex plain;
-    Locker first(plain);
-    std::unique_ptr<Thread> thread;
-    {
-        ScopedMutexLock lock(plain);
-        ASSERT_TRUE(lock.locked());
-        thread.reset(new Thread(first));
-        Sleep(50);
-        EXPECT_FALSE(first.entered);
-    }
-    thread->Join();
-    EXPECT_TRUE(first.entered);
-
+    std::unique_ptr<ScopedMutexLock> lock(new ScopedMutexLock(plain));
+    ASSERT_TRUE(lock->locked());
+    EXPECT_TRUE(excludesUntil(plain, [&] { lock.reset(); }));
     RecursiveProcessMutex mutex;
-    ASSERT_TRUE(mutex.Lock() == 0 && mutex.Lock() == 0);
-    Locker second(mutex);
-    thread.reset(new Thread(second));
-    EXPECT_EQ(0, mutex.Unlock());
-    Sleep(50);
-    EXPECT_FALSE(second.entered);
-    EXPECT_EQ(0, mutex.Unlock());
-    thread->Join();
-    EXPECT_TRUE(second.entered);
+    ASSERT_TRUE(mutex.Lock() == 0 && mutex.Lock() == 0 && mutex.Unlock() == 0);
+    EXPECT_TRUE(excludesUntil(mutex, [&] { EXPECT_EQ(0, mutex.Unlock()); }));
     EXPECT_NE(0, mutex.Unlock()); // not held any more
 }
 
@@ -84,20 +82,17 @@ TEST(Sleep, WaitsTheWholeTimeThoughASignalArrives)
     struct sigaction action = {}, previous;
     action.sa_handler = [](int) {};
     ASSERT_EQ(0, sigaction(SIGUSR1, &action, &previous));
-    struct Interrupter : Threadable
-    {
-        pthread_t target = pthread_self();
-        void Run() override
+    pthread_t target = pthread_self();
+    auto start = std::chrono::steady_clock::now();
+    std::thread interrupter(
+        [target]
         {
             Sleep(30);
             pthread_kill(target, SIGUSR1);
-        }
-    } interrupter;
-    auto start = std::chrono::steady_clock::now();
-    Thread thread(interrupter);
+        });
     Sleep(150);
     double slept = seconds(start);
-    thread.Join();
+    interrupter.join();
     sigaction(SIGUSR1, &previous, nullptr);
     EXPECT_GE(slept, 0.15);
 }
@@ -115,29 +110,6 @@ struct Gate : Threadable
         ++runs;
     }
 };
-
-TEST(Thread, RunsTheBodyOnceAndStaysRunningUntilJoined)
-{
-    Gate body;
-    Thread thread(body);
-    for (int i = 0; i < 5000 && body.runs == 0; ++i)
-        Sleep(1);
-    EXPECT_TRUE(thread.running());
-    thread.Join();
-    thread.Join();
-    EXPECT_FALSE(thread.running());
-    EXPECT_EQ(1, body.runs);
-
-    Gate held;
-    held.open = false;
-    {
-        Thread joinedByDestructor(held);
-        Sleep(20);
-        EXPECT_EQ(0, held.runs);
-        held.open = true;
-    }
-    EXPECT_EQ(1, held.runs);
-}
 
 // Thread creation is made to fail by a process limit of 0 in a child, which
 // binds only an unprivileged user (root first becomes "nobody").
@@ -160,22 +132,28 @@ TEST(Thread, FailedCreationLeavesItNotRunning)
     EXPECT_EQ(0, TestSupport::runInChild(child));
 }
 
-TEST(ThreadGroup, JoinAllJoinsEveryMemberButTheRemovedOnes)
+TEST(Thread, RunsTheBodyOnceUntilJoinedAndAGroupJoinsAllButTheRemovedOnes)
 {
     Gate body, held;
     held.open = false;
-    Thread first(body), second(body), kept(held);
+    Thread first(body), second(body);
+    std::unique_ptr<Thread> kept(new Thread(held));
+    for (int i = 0; i < 5000 && body.runs < 2; ++i)
+        Sleep(1);
+    EXPECT_TRUE(first.running()); // its body has ended, but it is not joined
     ThreadGroup group;
-    for (Thread* thread : {&first, &kept, static_cast<Thread*>(nullptr), &second, &kept})
+    for (Thread* thread : {&first, kept.get(), static_cast<Thread*>(nullptr), &second, kept.get()})
         group.Add(thread);
-    group.Remove(&kept);
+    group.Remove(kept.get());
     group.JoinAll();
+    first.Join();
     EXPECT_FALSE(first.running() || second.running());
     EXPECT_EQ(2, body.runs);
-    EXPECT_TRUE(kept.running());
+    EXPECT_TRUE(kept->running());
     EXPECT_EQ(0, held.runs);
     held.open = true;
-    kept.Join();
+    kept.reset(); // the destructor joins
+    EXPECT_EQ(1, held.runs);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-#include "common/Thread.h"
 #include "common/filesystem/Copy.h"
+#include "common/Thread.h"
 #include "common/filesystem/CopyRegistry.h"
 #include "common/filesystem/Wildcard.h"
 
@@ -69,42 +69,36 @@ TEST(Copy, CopiesFolderTreesAndWhatAWildcardMatches)
     EXPECT_FALSE(fs::_isWild("/d*/x.txt", match)); // the star not in the last name
 }
 
-TEST(Copy, RefusesWhatCannotBeCopiedAndCopiesTheRest)
+TEST(Copy, FollowsLinksNeverLoopsAndRefusesWhatCannotBeCopied)
 {
     ScratchFolder scratch;
-    scratch.write("tree/file", "x");
+    scratch.write("data/real.txt", "real");
+    scratch.makeFolder("tree/sub");
     scratch.makeFolder("existing");
+    stdfs::create_symlink(scratch.path("data"), scratch.path("tree/data"));
+    stdfs::create_symlink(scratch.path("tree"), scratch.path("tree/loop"));
     EXPECT_FALSE(fs::copy(scratch.at("missing"), scratch.at("target")));
     EXPECT_FALSE(fs::copy(scratch.at("tree/*.none"), scratch.at("target")));
     EXPECT_FALSE(fs::copy(scratch.at("tree/.."), scratch.at("existing"))); // no name to use
     EXPECT_FALSE(scratch.exists("target"));
     EXPECT_TRUE(stdfs::is_empty(scratch.path("existing")));
 
+    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("copy")));
+    EXPECT_EQ("real", scratch.read("copy/data/real.txt"));
+    EXPECT_FALSE(stdfs::is_symlink(scratch.path("copy/data")));
+    EXPECT_FALSE(scratch.exists("copy/loop")); // leads back into the walk
+    // Into its own subfolder: the copy takes what was there when it began.
+    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("tree/sub")));
+    EXPECT_EQ("real", scratch.read("tree/sub/tree/data/real.txt"));
+    EXPECT_TRUE(stdfs::is_empty(scratch.path("tree/sub/tree/sub")));
+
     // A dangling link or a FIFO (never read: that could wait forever) makes
     // the copy incomplete.
     stdfs::create_symlink(scratch.path("gone"), scratch.path("tree/dangling"));
     ASSERT_EQ(0, ::mkfifo(scratch.path("tree/fifo").c_str(), 0600));
     EXPECT_FALSE(fs::copy(scratch.at("tree"), scratch.at("partial")));
-    EXPECT_EQ("x", scratch.read("partial/file"));
+    EXPECT_EQ("real", scratch.read("partial/data/real.txt"));
     EXPECT_FALSE(scratch.exists("partial/fifo"));
-}
-
-TEST(Copy, FollowsLinksButNeverLoops)
-{
-    ScratchFolder scratch;
-    scratch.write("data/real.txt", "real");
-    scratch.makeFolder("tree/sub");
-    stdfs::create_symlink(scratch.path("data"), scratch.path("tree/data"));
-    stdfs::create_symlink(scratch.path("tree"), scratch.path("tree/loop"));
-    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("copy")));
-    EXPECT_EQ("real", scratch.read("copy/data/real.txt"));
-    EXPECT_FALSE(stdfs::is_symlink(scratch.path("copy/data")));
-    EXPECT_FALSE(scratch.exists("copy/loop")); // leads back into the walk
-
-    // Into its own subfolder: the copy takes what was there when it began.
-    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("tree/sub")));
-    EXPECT_EQ("real", scratch.read("tree/sub/tree/data/real.txt"));
-    EXPECT_TRUE(stdfs::is_empty(scratch.path("tree/sub/tree/sub")));
 }
 
 namespace
@@ -112,13 +106,6 @@ namespace
 using Status = fs::CopyThread::_COPY_STATUS;
 unsigned const kManyFiles = 3000;
 unsigned const kFileSize = 4096;
-
-// Many small files, so that a copy takes long enough to be caught midway.
-void writeManyFiles(ScratchFolder const& scratch)
-{
-    for (unsigned index = 0; index < kManyFiles; ++index)
-        scratch.write("many/f" + std::to_string(index), std::string(kFileSize, 'm'));
-}
 
 // Files a stopped copy left behind; each must be whole (copies stop between files).
 unsigned wholeFilesIn(ScratchFolder const& scratch, std::string const& folder)
@@ -135,8 +122,9 @@ unsigned wholeFilesIn(ScratchFolder const& scratch, std::string const& folder)
 // What a finished copy reports is the system page's tests' concern.
 TEST(CopyThread, StopEndsTheCopyBetweenFilesAndTheRegistryRunsOneCopyPerKeyUntilDestroyed)
 {
-    ScratchFolder scratch;
-    writeManyFiles(scratch);
+    ScratchFolder scratch; // many small files, so that a copy is caught midway
+    for (unsigned index = 0; index < kManyFiles; ++index)
+        scratch.write("many/f" + std::to_string(index), std::string(kFileSize, 'm'));
     fs::CopyThread copy(scratch.at("many"), scratch.at("copy"));
     {
         Common::Synchronization::Thread thread(copy);

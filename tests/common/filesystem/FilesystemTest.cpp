@@ -1,5 +1,5 @@
-#include "common/filesystem/Copy.h"
 #include "common/filesystem/Filesystem.h"
+#include "common/filesystem/Copy.h"
 
 #include "common/InputStreamFromFile.h"
 #include "common/OutputStreamToFile.h"
@@ -15,11 +15,12 @@ namespace fs = Common::Filesystem;
 namespace stdfs = std::filesystem;
 using Set = std::multiset<std::string>;
 
-TEST(Filesystem, TellsFilesFoldersAndLinksApart)
+TEST(Filesystem, TellsFilesFoldersAndLinksApartAndListsFilesAndFoldersSeparately)
 {
     ScratchFolder scratch;
     scratch.write("file", "x");
     scratch.makeFolder("folder");
+    stdfs::create_symlink(scratch.path("folder"), scratch.path("to-folder"));
     stdfs::create_symlink(scratch.path("gone"), scratch.path("dangling"));
     ASSERT_EQ(0, ::mkfifo(scratch.path("fifo").c_str(), 0600));
     // A folder opens for reading too; a FIFO answers without waiting for a writer.
@@ -30,6 +31,11 @@ TEST(Filesystem, TellsFilesFoldersAndLinksApart)
     EXPECT_FALSE(fs::isDirectory(scratch.at("file")));
     EXPECT_TRUE(fs::isSymbolicLink(scratch.at("dangling")));
     EXPECT_FALSE(fs::isSymbolicLink(scratch.at("file")));
+
+    EXPECT_EQ(Set{"file"}, asSet(fs::getFileList(scratch.at("/") + "/")));
+    EXPECT_EQ((Set{"folder", "to-folder"}), asSet(fs::getDirectoryList(scratch.at())));
+    EXPECT_TRUE(fs::getDirectoryList(scratch.at("folder")).empty()); // no "." or ".."
+    EXPECT_TRUE(fs::getFileList(scratch.at("missing")).empty());
 }
 
 TEST(Filesystem, ReadsAndWritesRegularFilesOnlyAndNoneLongerThanTheLimit)
@@ -60,22 +66,10 @@ TEST(Filesystem, ReadsAndWritesRegularFilesOnlyAndNoneLongerThanTheLimit)
     EXPECT_EQ(0, fs::getFileSize(scratch.at("missing")));
 
     // Opening a FIFO for writing would wait for a reader.
-    for (Common::string path : {scratch.at("fifo"), Common::string("/dev/null"), scratch.at("")})
+    for (Common::string path : {scratch.at("fifo"), Common::string("/dev/null"), scratch.at(""),
+                                scratch.at("no/such/folder")})
         EXPECT_FALSE(Common::OutputStreamToFile(path, true).isOpen()) << path.c_str();
     EXPECT_TRUE(Common::OutputStreamToFile(scratch.at("plain"), false).isOpen());
-}
-
-TEST(Filesystem, ListsFilesAndFoldersSeparately)
-{
-    ScratchFolder scratch;
-    scratch.write("top/a.txt", "a");
-    scratch.makeFolder("top/sub");
-    stdfs::create_symlink(scratch.path("top/sub"), scratch.path("top/to-sub"));
-    stdfs::create_symlink(scratch.path("nowhere"), scratch.path("top/dangling"));
-    EXPECT_EQ(Set{"a.txt"}, asSet(fs::getFileList(scratch.at("//top//"))));
-    EXPECT_EQ((Set{"sub", "to-sub"}), asSet(fs::getDirectoryList(scratch.at("top"))));
-    EXPECT_TRUE(fs::getDirectoryList(scratch.at("top/sub")).empty()); // no "." or ".."
-    EXPECT_TRUE(fs::getFileList(scratch.at("missing")).empty());
 }
 
 TEST(Filesystem, DeletesFilesAndEmptyFoldersAndMakesFoldersWithTheirParents)
