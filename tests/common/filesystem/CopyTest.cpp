@@ -134,6 +134,8 @@ TEST(CopyThread, StopEndsTheCopyBetweenFilesAndTheRegistryRunsOneCopyPerKeyUntil
     }
     EXPECT_FALSE(copy.isRunning());
     Status status = copy.status();
+    EXPECT_EQ(kManyFiles, status.totalFiles); // the totals are planned first
+    EXPECT_EQ(kManyFiles * kFileSize, status.totalBytes);
     EXPECT_LT(status.currentFile, status.totalFiles);
     EXPECT_EQ(status.currentFile, wholeFilesIn(scratch, "copy"));
     EXPECT_EQ(status.currentFile * kFileSize, status.currentByte);
