@@ -1,14 +1,17 @@
-// Common::list, Common::map, Common::sort and Common::shared_ptr.
-#include "CountingAllocator.h"
 #include "common/IString.h"
 #include "common/List.h"
 #include "common/Map.h"
 #include "common/SharedPtr.h"
 #include "common/Sort.h"
+#include "common/SortedMap.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 using Common::istring;
@@ -16,6 +19,24 @@ using Common::string;
 
 namespace
 {
+
+// Counts the blocks it has handed out and not yet taken back; every test
+// that uses it gives back all it took.
+struct CountingAllocator
+{
+    static inline int live = 0;
+
+    void* allocate(unsigned size)
+    {
+        ++live;
+        return ::operator new(size);
+    }
+    void deallocate(void* p)
+    {
+        --live;
+        ::operator delete(p);
+    }
+};
 
 template <class Map> std::vector<std::string> keysOf(Map const& m)
 {
@@ -51,7 +72,7 @@ struct Ranked
     bool operator<(Ranked const& other) const { return rank < other.rank; }
 };
 
-TEST(List, AllocatesItsSentinelOnFirstUseAndOwnsItsValues)
+TEST(ListAndSharedPtr, OwnTheirValuesAndReleaseThemOnce)
 {
     {
         Common::list<int, CountingAllocator> untouched;
@@ -74,6 +95,20 @@ TEST(List, AllocatesItsSentinelOnFirstUseAndOwnsItsValues)
         assigned = assigned;
         EXPECT_EQ((std::vector<int>{1, 2, 3}), idsOf(assigned));
         EXPECT_EQ((std::vector<int>{2, 3}), idsOf(copy));
+    }
+    EXPECT_EQ(0, Tracked::alive);
+    {
+        Common::shared_ptr<Tracked> first(new Tracked(5)), empty(nullptr);
+        {
+            Common::shared_ptr<Tracked> second(first), third(new Tracked(6));
+            third = second;
+            third = third;
+            EXPECT_EQ(1, Tracked::alive);
+            EXPECT_EQ(3, first.use_count());
+        }
+        empty = first;
+        EXPECT_EQ(2, first.use_count());
+        EXPECT_EQ(5, empty->id);
     }
     EXPECT_EQ(0, Tracked::alive);
 }
@@ -101,45 +136,114 @@ TEST(Map, IStringKeysGoToTheFrontAndKeepTheirFirstSpellingOthersStaySorted)
 
 TEST(Sort, BubbleSortSwapsEqualNeighboursEachTimeTheyMeet)
 {
-    Common::list<Ranked> items;
-    for (Ranked r : {Ranked{4, 1}, Ranked{1, 2}, Ranked{3, 3}, Ranked{2, 4}})
-        items.push_back(r);
-    Common::sort(items.begin(), items.end(), Common::LessThanPredicate<Ranked>());
-    EXPECT_EQ((std::vector<int>{2, 4, 3, 1}), idsOf(items));
-
+    auto sorted = [](std::initializer_list<Ranked> ranked)
+    {
+        Common::list<Ranked> items;
+        for (Ranked r : ranked)
+            items.push_back(r);
+        Common::sort(items.begin(), items.end(), Common::LessThanPredicate<Ranked>());
+        return idsOf(items);
+    };
+    EXPECT_EQ((std::vector<int>{2, 4, 3, 1}), sorted({{4, 1}, {1, 2}, {3, 3}, {2, 4}}));
     // With three elements the equal pair meets twice and ends where it
     // started; with two it meets once and ends exchanged.
-    Common::list<Ranked> three, two, empty;
-    for (Ranked r : {Ranked{1, 10}, Ranked{1, 11}, Ranked{5, 12}})
-        three.push_back(r);
-    two.push_back(Ranked{1, 10});
-    two.push_back(Ranked{1, 11});
-    Common::sort(three.begin(), three.end(), Common::LessThanPredicate<Ranked>());
-    Common::sort(two.begin(), two.end(), Common::LessThanPredicate<Ranked>());
-    Common::sort(empty.begin(), empty.end(), Common::LessThanPredicate<Ranked>());
-    EXPECT_EQ((std::vector<int>{10, 11, 12}), idsOf(three));
-    EXPECT_EQ((std::vector<int>{11, 10}), idsOf(two));
+    EXPECT_EQ((std::vector<int>{10, 11, 12}), sorted({{1, 10}, {1, 11}, {5, 12}}));
+    EXPECT_EQ((std::vector<int>{11, 10}), sorted({{1, 10}, {1, 11}}));
+    EXPECT_TRUE(sorted({}).empty());
 }
 
-TEST(SharedPtr, DeletesTheObjectWithItsLastOwner)
+typedef Common::sorted_map<int, int> IntMap;
+typedef std::vector<std::pair<int, int>> Entries;
+
+template <class Map> Entries entriesOf(Map const& m)
 {
+    Entries entries;
+    for (auto it = m.begin(); it != m.end(); ++it)
+        entries.emplace_back(it->first, it->second);
+    return entries;
+}
+
+// The XML attributes' container (keys that differ only after a NUL byte are
+// the attribute tests' concern).
+TEST(SortedMap, KeepsKeysAscendingReplacesValuesAndErasesWithoutMovingOthers)
+{
+    IntMap m;
+    for (int key : {5, 1, 9, 3, 7, 2, 8, 4, 6, 0})
+        EXPECT_TRUE(m.insert(IntMap::value_type(key, -key)).second);
+    auto again = m.insert(IntMap::value_type(2, 21));
+    EXPECT_FALSE(again.second);
+    EXPECT_TRUE(again.first == m.find(2));
+    IntMap::const_iterator five = m.find(5);
+    for (int key : {0, 9, 3, 7, 1, 8}) // leaves, inner nodes and the root
+        EXPECT_EQ(1u, m.erase(key)) << key;
+    EXPECT_EQ(0u, m.erase(7));
+    EXPECT_EQ((Entries{{2, 21}, {4, -4}, {5, -5}, {6, -6}}), entriesOf(m));
+    EXPECT_EQ(5, five->first);
+    EXPECT_EQ(6, (++five)->first);
+    EXPECT_TRUE(m.find(10) == m.end());
+}
+
+// The parser hands the attributes it read to the root by a swap.
+TEST(SortedMap, CopiesAndSwapsKeepTheirOwnNodesAndEveryNodeGoesBackToItsAllocator)
+{
+    typedef Common::sorted_map<int, int, Common::LessThanPredicate<int>, CountingAllocator> Map;
     {
-        Common::shared_ptr<Tracked> first(new Tracked(5));
-        {
-            Common::shared_ptr<Tracked> second(first);
-            Common::shared_ptr<Tracked> third(new Tracked(6));
-            third = second;
-            third = third;
-            EXPECT_EQ(1, Tracked::alive);
-            EXPECT_EQ(3, first.use_count());
-        }
-        EXPECT_EQ(1, first.use_count());
-        Common::shared_ptr<Tracked> empty(nullptr);
-        empty = first;
-        EXPECT_EQ(2, first.use_count());
-        EXPECT_EQ(5, empty->id);
+        Map original, small;
+        for (int i = 0; i < 1000; ++i)
+            original.insert(Map::value_type(i * 7919 % 1000, i));
+        Entries const before = entriesOf(original);
+        Map copy(original);
+        copy.erase(3);
+        EXPECT_EQ(before, entriesOf(original));
+        small.insert(Map::value_type(-5, 0));
+        Map::const_iterator fifteen = copy.find(15);
+        small.swap(copy);
+        EXPECT_EQ((Entries{{-5, 0}}), entriesOf(copy));
+        EXPECT_TRUE(fifteen == small.find(15));
+        EXPECT_EQ(1000 + 999 + 1, CountingAllocator::live);
+        copy = original;
+        original.clear();
+        EXPECT_EQ(1000 + 999, CountingAllocator::live);
+        EXPECT_EQ(before, entriesOf(copy));
     }
-    EXPECT_EQ(0, Tracked::alive);
+    EXPECT_EQ(0, CountingAllocator::live);
+}
+
+struct CountingLess
+{
+    static unsigned calls;
+    bool operator()(int a, int b) const
+    {
+        ++calls;
+        return a < b;
+    }
+};
+unsigned CountingLess::calls = 0;
+
+TEST(SortedMap, KeysArrivingInOrderStillGiveLogarithmicLookups)
+{
+    typedef Common::sorted_map<int, int, CountingLess> CountedMap;
+    int const n = 1 << 16;
+    // An AVL tree of n keys is less than 1.4405 log2(n + 2) levels deep; a
+    // lookup or insert compares once per level and once more.
+    auto bound = [](unsigned size) { return unsigned(1.4405 * std::log2(size + 2.0)) + 1; };
+    CountedMap m;
+    for (int key = 0; key < n; ++key)
+        m.insert(CountedMap::value_type(key, key));
+    for (int key = 0; key < n; key += 3)
+        m.erase(key);
+    CountedMap copy(m);
+    unsigned worst = 0;
+    for (int key = -n; key < n; ++key) // finds, then inserts of keys below every other
+    {
+        CountingLess::calls = 0;
+        if (key < 0)
+            EXPECT_EQ((-1 - key) % 3 != 0, copy.find(-1 - key) != copy.end());
+        else
+            copy.insert(CountedMap::value_type(-1 - key, 0));
+        worst = std::max(worst, CountingLess::calls);
+    }
+    EXPECT_LE(worst, bound(copy.size()));
 }
 
 } // namespace

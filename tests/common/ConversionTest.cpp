@@ -1,20 +1,19 @@
-// Numbers, hexadecimal text, addresses, dates and byte order.
 #include "common/Conversion.h"
 #include "common/Hex.h"
+#include "common/JSONText.h"
+
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cstring>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace
 {
-
-std::string bytes(Common::string const& s)
-{
-    return std::string(s.c_str(), s.size());
-}
 
 TEST(Conversion, SmallArithmeticRules)
 {
@@ -32,8 +31,8 @@ TEST(Conversion, SmallArithmeticRules)
     EXPECT_EQ(4294967295u, Conversion::leastCommonMultiple(65535, 65537));
     EXPECT_EQ(65536u, Conversion::leastCommonMultiple(65536, 65537)); // 2^32 + 65536
     unsigned char record[3] = {12, 34, 56};
-    EXPECT_EQ("0:0:0", bytes(Conversion::timeToString(record))); // always the placeholder
-    EXPECT_EQ("0:0:0", bytes(Conversion::timeToString(nullptr)));
+    EXPECT_EQ("0:0:0", text(Conversion::timeToString(record))); // always the placeholder
+    EXPECT_EQ("0:0:0", text(Conversion::timeToString(nullptr)));
     static char const* const table[] = {"Floppy", "CDROM", "HDD", "CDROM"};
     EXPECT_EQ(1u, Conversion::stringToIndex(table, table + 4, "CDROM")); // the first equal one
     EXPECT_EQ(4u, Conversion::stringToIndex(table, table + 4, "hdd"));   // or the count
@@ -48,30 +47,18 @@ TEST(Conversion, XtoiReportsAStatusAndLeavesTheDigitsAfterABadCharacter)
         int status;
         unsigned value; // 77: left alone
     } const cases[] = {
-        {"", XTOI_EMPTY, 77},
-        {"123456789", XTOI_TOO_LONG, 77},
-        {"aBcD", XTOI_OK, 0xABCD},
-        {"FFFFFFFF", XTOI_OK, ~0u},
-        {"1G", XTOI_NOT_HEX, 0},
-        {"G1", XTOI_NOT_HEX, 1},
-        {"0x10", XTOI_NOT_HEX, 16},
-        {"-1", XTOI_NOT_HEX, 1},
-        {"\xC3\xA9", XTOI_NOT_HEX, 0},
+        {"", XTOI_EMPTY, 77},       {"123456789", XTOI_TOO_LONG, 77}, {"aBcD", XTOI_OK, 0xABCD},
+        {"FFFFFFFF", XTOI_OK, ~0u}, {"1G", XTOI_NOT_HEX, 0},          {"G1", XTOI_NOT_HEX, 1},
+        {"0x10", XTOI_NOT_HEX, 16}, {"-1", XTOI_NOT_HEX, 1},          {"\xC3\xA9", XTOI_NOT_HEX, 0},
         {Common::string("1\0zz", 4), XTOI_OK, 1}, // the length ends at the first NUL
-        {Common::string("\0"
-                        "12",
-                        3),
-         XTOI_EMPTY, 77},
-        {Common::string("12345678\0"
-                        "9",
-                        10),
-         XTOI_OK, 0x12345678},
+        {Common::string("\00012", 3), XTOI_EMPTY, 77},
+        {Common::string("12345678\0009", 10), XTOI_OK, 0x12345678},
     };
     for (auto const& c : cases)
     {
         unsigned value = 77;
-        EXPECT_EQ(c.status, xtoi(c.text, value)) << bytes(c.text);
-        EXPECT_EQ(c.value, value) << bytes(c.text);
+        EXPECT_EQ(c.status, xtoi(c.text, value)) << text(c.text);
+        EXPECT_EQ(c.value, value) << text(c.text);
     }
 }
 
@@ -83,33 +70,21 @@ TEST(Conversion, HexPairsAreReadUnvalidatedAndAShortTextReadsItsNul)
         {"a0", 160}, {"7E", 126}, {"41zz", 0x41}, {"G0", 0}, {"zz", 83}, {"4", 16}, {"", 208}};
     for (auto const& c : cases)
         EXPECT_EQ(c.second, Conversion::hexStringToInt(c.first)) << c.first;
-    EXPECT_EQ("Hello", bytes(Conversion::stringToArray("48656c6C6F")));
-    EXPECT_EQ(std::string("\0\xFF", 2), bytes(Conversion::stringToArray("00FF")));
-    EXPECT_EQ(std::string("\xAB\x90", 2), bytes(Conversion::stringToArray("ABC")));
+    EXPECT_EQ("Hello", text(Conversion::stringToArray("48656c6C6F")));
+    EXPECT_EQ(std::string("\0\xFF", 2), text(Conversion::stringToArray("00FF")));
+    EXPECT_EQ(std::string("\xAB\x90", 2), text(Conversion::stringToArray("ABC")));
     EXPECT_EQ("00|0001|1234ABCD",
-              bytes(IN_HEX_2(0) + "|" + IN_HEX_4(1) + "|" + IN_HEX_8(0x1234ABCDu)));
+              text(IN_HEX_2(0) + "|" + IN_HEX_4(1) + "|" + IN_HEX_8(0x1234ABCDu)));
 }
 
 TEST(Conversion, ToNumberReadsDecimalAfterBlanksWithoutSignAndWrapsOnOverflow)
 {
-    std::pair<Common::string, unsigned> const cases[] = {{"007", 7},
-                                                         {"4294967295", 4294967295u},
-                                                         {"   42", 42},
-                                                         {"\t \t7", 7},
-                                                         {"\n5", 0},
-                                                         {"\r5", 0},
-                                                         {"-5", 0},
-                                                         {"+5", 0},
-                                                         {"12 34", 12},
-                                                         {"3.9", 3},
-                                                         {Common::string("1\0"
-                                                                         "2",
-                                                                         3),
-                                                          1},
-                                                         {"4294967297", 1},
-                                                         {"10000000000", 1410065408u}};
+    std::pair<Common::string, unsigned> const cases[] = {
+        {"007", 7}, {"4294967295", 4294967295u}, {"   42", 42}, {"\t \t7", 7}, {"\n5", 0},
+        {"\r5", 0}, {"-5", 0}, {"+5", 0}, {"12 34", 12}, {"3.9", 3}, {"4294967297", 1},
+        {Common::string("1\0002", 3), 1}, {"10000000000", 1410065408u}};
     for (auto const& c : cases)
-        EXPECT_EQ(c.second, Conversion::toNumber<unsigned int>(c.first)) << bytes(c.first);
+        EXPECT_EQ(c.second, Conversion::toNumber<unsigned int>(c.first)) << text(c.first);
     EXPECT_EQ(44, Conversion::toNumber<unsigned char>("300"));
     EXPECT_EQ(1ull, Conversion::toNumber<unsigned long long>("18446744073709551617"));
     unsigned value = 99;
@@ -119,18 +94,18 @@ TEST(Conversion, ToNumberReadsDecimalAfterBlanksWithoutSignAndWrapsOnOverflow)
     EXPECT_TRUE(Conversion::toNumber(Common::string(" 1099511627776 kB"), large));
     EXPECT_EQ(1099511627776ull, large);
 
-    EXPECT_EQ("18446744073709551615", bytes(Conversion::toString(18446744073709551615ull)));
-    EXPECT_EQ("-9223372036854775808", bytes(Conversion::toString(LLONG_MIN)));
-    EXPECT_EQ("-32768", bytes(Conversion::toString(static_cast<short>(-32768))));
+    EXPECT_EQ("18446744073709551615", text(Conversion::toString(18446744073709551615ull)));
+    EXPECT_EQ("-9223372036854775808", text(Conversion::toString(LLONG_MIN)));
+    EXPECT_EQ("-32768", text(Conversion::toString(static_cast<short>(-32768))));
 }
 
 TEST(Conversion, AddressesAndDates)
 {
     unsigned char mac[6] = {0x00, 0xab, 0xcd, 0xef, 0x01, 0xFF};
-    EXPECT_EQ("00:AB:CD:EF:01:FF", bytes(Conversion::MacToString(mac)));
+    EXPECT_EQ("00:AB:CD:EF:01:FF", text(Conversion::MacToString(mac)));
     unsigned char ip[4] = {192, 168, 0, 1};
-    EXPECT_EQ("192.168.0.1", bytes(Conversion::toIpV4String(ip)));
-    EXPECT_EQ("127.0.0.1", bytes(Conversion::toIpV4String(0x0100007Fu))); // memory order
+    EXPECT_EQ("192.168.0.1", text(Conversion::toIpV4String(ip)));
+    EXPECT_EQ("127.0.0.1", text(Conversion::toIpV4String(0x0100007Fu))); // memory order
 
     // "%d.%d.%d.%d": blanks before numbers and what follows are ignored.
     unsigned char out[4];
@@ -143,9 +118,9 @@ TEST(Conversion, AddressesAndDates)
     EXPECT_EQ(0, std::memcmp(out, "\x0A\0\0\0", 4)); // unparsed fields written as 0
 
     unsigned char record[4] = {0x07, 0xD0, 0x01, 0x09};
-    EXPECT_EQ("2000-01-09", bytes(Conversion::dateToString(record)));
-    EXPECT_EQ("2008-10-05", bytes(Conversion::dateToString(0x07D80A05u)));
-    EXPECT_EQ("65535-255-255", bytes(Conversion::dateToString(0xFFFFFFFFu))); // not validated
+    EXPECT_EQ("2000-01-09", text(Conversion::dateToString(record)));
+    EXPECT_EQ("2008-10-05", text(Conversion::dateToString(0x07D80A05u)));
+    EXPECT_EQ("65535-255-255", text(Conversion::dateToString(0xFFFFFFFFu))); // not validated
 
     EXPECT_TRUE(Conversion::isHostLittleEndian());
     EXPECT_EQ(0x3412, Conversion::ChangeOrder<unsigned short>(0x1234));
@@ -153,6 +128,60 @@ TEST(Conversion, AddressesAndDates)
               Conversion::ChangeOrder<unsigned long long>(0x0102030405060708ull));
     unsigned value = Conversion::ConvertValueToBigEndian<unsigned int>(0x12345678u);
     EXPECT_EQ(0, std::memcmp(&value, "\x12\x34\x56\x78", 4));
+}
+
+typedef std::vector<std::pair<std::string, std::string>> Cases;
+
+Common::string make(std::string const& s)
+{
+    return Common::string(s.data(), static_cast<unsigned>(s.size()));
+}
+
+TEST(Base64, EncodesAndDecodesRfc4648VectorsAndBinaryBytes)
+{
+    EXPECT_EQ("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/",
+              text(BASE64_CHARACTERS));
+    for (auto const& c : Cases{{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"},
+                               {std::string("\0", 1), "AA=="}, {"\xFB\xFF", "+/8="}})
+    {
+        EXPECT_EQ(c.second, text(Conversion::base64Encode(make(c.first)))) << c.first;
+        EXPECT_EQ(c.first, text(Conversion::base64Decode(make(c.second)))) << c.second;
+    }
+    std::string encoded = text(Conversion::base64Encode(make(std::string(300, 'x'))));
+    EXPECT_EQ(400u, encoded.size()); // no line breaks
+}
+
+TEST(Base64, DecodingStopsAtPaddingOrAForeignCharacterAndDropsPartialGroups)
+{
+    for (auto const& c :
+         Cases{{"TQ", "M"}, {"T", ""}, {"TWFuT", "Man"}, {"Zm9vYmE", "fooba"}, {"TWFu=TWFu", "Man"},
+               {"TQ=x", "M"}, {"TW Fu", "M"}, {"-_-_", ""}, {"TWFu\xC3\xA9TWFu", "Man"},
+               {std::string("TW\0Fu", 5), "M"}, {"TR==", "M"}, {"TWF=", "Ma"}})
+        EXPECT_EQ(c.second, text(Conversion::base64Decode(make(c.first)))) << c.first;
+}
+
+// Only the shape is checked: overlong forms and surrogates stay.
+TEST(ToValidUtf8, KeepsWellShapedSequencesAndDropsStrayTruncatedAndInterruptedBytes)
+{
+    for (std::string const& kept :
+         {std::string("a\0\t\x7F", 4), std::string("\xC3\xA9z\xE2\x82\xAC\xF0\x9F\x98\x80"),
+          std::string("\xF8\x88\x80\x80\x80\xFD\x84\x80\x80\x80\x80"),
+          std::string("\xC0\x80\xED\xA0\x80")})
+        EXPECT_EQ(kept, text(Conversion::toValidUTF8(make(kept))));
+    for (auto const& c :
+         Cases{{"\x41\xC3\xA9\xFF\xFE\x42", "\x41\xC3\xA9\x42"}, {"A\xC3", "A"},
+               {"\xFE\x80\x80\x80\x80\x80\x80", ""}, {"\x80\xC3\xA9\xA9", "\xC3\xA9"},
+               {"A\xF0\x9F\x98", "A"}, {"A\xFC\x84\x80\x80\x80", "A"}, {"\xC3\101", "A"},
+               {"\xF0\x9F\101\x80", "A"}, {"\xC3\xC3\xA9", "\xC3\xA9"},
+               {std::string("\xC3\0", 2), std::string("\0", 1)}})
+        EXPECT_EQ(c.second, text(Conversion::toValidUTF8(make(c.first)))) << c.first;
+}
+
+TEST(JSONText, EscapesQuotesBackslashesControlAndHighBytesOnly)
+{
+    std::string const value("admin 2/x \"b\\c\0\n\x1F\x7F\xE9\xFF", 20);
+    EXPECT_EQ("admin 2/x \\\"b\\\\c\\u0000\\u000A\\u001F\\u007F\\u00E9\\u00FF",
+              text(Conversion::toJSONText(make(value))));
 }
 
 } // namespace

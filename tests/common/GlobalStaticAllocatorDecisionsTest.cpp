@@ -1,26 +1,14 @@
-// The pool against a plain, slow rendition of its rules: one long random
-// sequence of operations goes to both, and every address the pool returns and
-// its ToXML dump (at intervals) must be what the plain rules give.
-//
-// The number of operations comes from the environment variable
-// TIDEWELL_POOL_OPERATIONS (default 50,000, the suite's share); the full check
-// is a million:
-//   TIDEWELL_POOL_OPERATIONS=1000000 build/release/tests/common_tests
-//   --gtest_filter='PoolDecisions.*'
-// TIDEWELL_POOL_SEED picks another sequence (default 1).
+// The pool against a plain rendition of its rules on one random sequence:
+// every address and the ToXML dump must match. TIDEWELL_POOL_OPERATIONS
+// (default 50,000; the full check is 1,000,000) and TIDEWELL_POOL_SEED.
 #include "common/GlobalStaticAllocator.h"
 #include "tests/common/PoolTestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <random>
-#include <string>
-#include <vector>
 
 using namespace PoolTest;
 
@@ -33,10 +21,9 @@ unsigned long environmentNumber(char const* name, unsigned long fallback)
     return text != nullptr && *text != '\0' ? std::strtoul(text, nullptr, 10) : fallback;
 }
 
-// The pool's rules done the obvious way: per segment a list of free blocks
-// in address order, a visiting order sorted afresh for every allocation (fewest
-// free blocks first), the first block that fits exactly or leaves at least 4
-// bytes, and nothing remembered besides. Offsets count from the pool start.
+// Per segment a list of free blocks in address order; segments visited
+// fewest free blocks first; the first block that fits exactly or leaves at
+// least 4 bytes. Offsets count from the pool start.
 class PlainPool
 {
 public:
@@ -64,13 +51,13 @@ public:
         return kNone;
     }
 
-    // Frees `length` bytes at `at`, merging with free neighbours.
     void release(unsigned at, unsigned length)
     {
         std::vector<Free>& list = m_free[at / 65535];
         unsigned offset = at % 65535;
-        auto k = std::find_if(list.begin(), list.end(), [&](Free f) { return f.offset > offset; });
-        k = list.insert(k, Free{offset, length});
+        auto k = list.insert(
+            std::find_if(list.begin(), list.end(), [&](Free f) { return f.offset > offset; }),
+            Free{offset, length});
         if (k + 1 != list.end() && offset + length == (k + 1)->offset)
         {
             k->size += (k + 1)->size;
@@ -91,7 +78,6 @@ public:
         return false;
     }
 
-    // The size of a free block picked by `pick`, or 0 when the pool is full.
     unsigned someFreeSize(unsigned pick) const
     {
         std::vector<unsigned> sizes;
@@ -101,7 +87,6 @@ public:
         return sizes.empty() ? 0 : sizes[pick % sizes.size()];
     }
 
-    // The dump ToXML should write for a pool at `base`.
     std::string xml(unsigned base) const
     {
         std::string text = "<MemoryPool>" + element("Address", base);
@@ -165,15 +150,17 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
     std::vector<void*> freed; // pointers given back, for second frees
     int onStack = 0;
     std::vector<char> onHeap(64);
-    void* const foreign[] = {nullptr,
-                             &onStack,
-                             onHeap.data() + 2,
-                             base - 64,
-                             base + 1,
-                             base + Pool::PoolSize,
-                             base + Pool::PoolSize + 2,
+    void* const foreign[] = {nullptr,  &onStack, onHeap.data() + 2,      base - 64,
+                             base + 1, base + Pool::PoolSize, base + Pool::PoolSize + 2,
                              base + Pool::PoolSize + 4096};
     unsigned long nulls = 0, ignored = 0;
+    auto giveBack = [&](Block const& block)
+    {
+        bool intact = std::count(block.p, block.p + block.n, block.fill) == long(block.n);
+        Pool::deallocate(block.p);
+        plain.release(at(block.p), std::max(block.n + 2, 4u));
+        return intact;
+    };
 
     for (unsigned long step = 0; step < operations; ++step)
     {
@@ -181,24 +168,19 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
         unsigned kind = random() % 100;
         if (live.empty() || kind < 52)
         {
-            unsigned sort = random() % 100, n;
-            if (sort < 20)
-                n = random() % 4; // 0-3 bytes: 4 or 5 bytes in the pool
-            else if (sort < 55)
-                n = random() % 64;
-            else if (sort < 75)
-                n = random() % 2000;
-            else if (sort < 85) // around a free block's size: exact fits and the 1-3 byte skip
+            unsigned sort = random() % 100, n = random();
+            if (sort >= 75 && sort < 85) // around a free block's size: exact fits, 1-3 byte skips
             {
                 unsigned size = plain.someFreeSize(random());
-                n = size >= 6 ? size - 2 - random() % 5 : 0;
+                n = size >= 6 ? size - 2 - n % 5 : 0;
             }
-            else if (sort < 96)
-                n = random() % 20000;
-            else if (sort < 99)
-                n = 65533 - random() % 8; // a whole segment, or nearly
             else
-                n = 65534 + random() % 1000; // never fits
+                n = sort < 20   ? n % 4
+                    : sort < 55 ? n % 64
+                    : sort < 75 ? n % 2000
+                    : sort < 96 ? n % 20000
+                    : sort < 99 ? 65533 - n % 8     // a whole segment, or nearly
+                                : 65534 + n % 1000; // never fits
 
             unsigned expected = plain.allocate(n);
             unsigned char* p = static_cast<unsigned char*>(Pool::allocate(n));
@@ -219,20 +201,14 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
         }
         else if (kind < 94)
         {
-            size_t k = random() % live.size();
-            Block block = live[k];
-            live[k] = live.back();
+            std::swap(live[random() % live.size()], live.back());
+            ASSERT_TRUE(giveBack(live.back())) << "a live block was overwritten";
+            freed.push_back(live.back().p);
             live.pop_back();
-            ASSERT_EQ(long(block.n), std::count(block.p, block.p + block.n, block.fill))
-                << "a live block was overwritten";
-            Pool::deallocate(block.p);
-            plain.release(at(block.p), std::max(block.n + 2, 4u));
-            freed.push_back(block.p);
         }
         else
         {
-            // Ignored: a pointer outside the pool, or a second free of a block
-            // whose start now lies in free memory.
+            // Ignored: a pointer outside the pool, or a second free.
             void* p = foreign[random() % (sizeof foreign / sizeof foreign[0])];
             void* again = freed.empty() ? nullptr : freed[random() % freed.size()];
             if (kind < 97 && again != nullptr && plain.isFree(at(again)))
@@ -248,14 +224,10 @@ TEST(PoolDecisions, FastPoolTakesTheSameBlocksAsThePlainRules)
             ASSERT_TRUE(Pool::isInvariant());
         }
     }
-    EXPECT_GT(nulls, 0ul);
-    EXPECT_GT(ignored, 0ul);
+    EXPECT_TRUE(nulls > 0 && ignored > 0) << "the sequence missed a case";
     ASSERT_EQ(plain.xml(baseAddress), poolXml());
     for (Block const& block : live)
-    {
-        Pool::deallocate(block.p);
-        plain.release(at(block.p), std::max(block.n + 2, 4u));
-    }
+        EXPECT_TRUE(giveBack(block));
     EXPECT_EQ(plain.xml(baseAddress), poolXml());
     EXPECT_TRUE(isPristine());
 }

@@ -1,9 +1,7 @@
 #pragma once
 
-// The global pool is process-wide state shared by every test of the binary.
-// Every test gives back everything it takes, so each ends with the pool as it
-// found it (PoolFixture checks that); tests that build an exact layout start
-// from the pristine pool (one 65,535-byte free node per segment).
+// The pool is shared by every test of the binary: each gives back all it takes
+// (PoolFixture checks); the pristine pool has one free node per segment.
 
 #include "common/GlobalStaticAllocator.h"
 

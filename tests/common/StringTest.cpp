@@ -1,4 +1,3 @@
-// Common::string and the case-insensitive Common::istring.
 #include "common/String.h"
 #include "common/CaseCompare.h"
 #include "common/IString.h"
@@ -45,7 +44,7 @@ TEST(String, HoldsExactBytesAndCopiesShareUntilOneChanges)
     EXPECT_EQ(string("dede"), text);
 }
 
-TEST(String, SearchesClampTheirStart)
+TEST(String, SearchesSubstrAndReplaceClampOutOfRangePositions)
 {
     string abc("abc");
     EXPECT_EQ(3u, abc.find("", 3));
@@ -61,10 +60,7 @@ TEST(String, SearchesClampTheirStart)
     EXPECT_EQ(2u, abc.rfind(""));
     EXPECT_EQ(0u, string().rfind(""));
     EXPECT_EQ(0u, abc.rfind("a", 1000));
-}
 
-TEST(String, SubstrAndReplaceClampOutOfRange)
-{
     string text("hello world");
     EXPECT_EQ(string("lo w"), text.substr(3, 4));
     EXPECT_EQ(string("world"), text.substr(6, 1000));
@@ -107,20 +103,14 @@ TEST(IString, ComparesAndSearchesIgnoringCaseButNeverOrders)
     EXPECT_EQ(1u, istring("xAbc").rfind("a"));
     EXPECT_EQ(3u, istring("abcABC").rfind("abc"));
 
+    // The comparisons: 0 for equal, 1 for unequal; a text equals its extensions.
+    EXPECT_TRUE(stricmp("ABC", "abc") == 0 && stricmp("ab", "abc") == 0 && stricmp("", "x") == 0);
+    EXPECT_TRUE(stricmp("abc", "abd") == 1 && stricmp("abd", "abc") == 1);
+    EXPECT_TRUE(memicmp("ABC", "abd", 2) == 0 && memicmp("a", "B", 1) == 1);
+
     istring text = "Hello " + istring("big") + string(" World");
     text.replace(6, 3, "small");
     EXPECT_EQ(istring("hello small world"), text);
-}
-
-TEST(CaseCompare, TellsEqualFromUnequalOnly)
-{
-    EXPECT_EQ(0, stricmp("ABC", "abc"));
-    EXPECT_EQ(0, stricmp("ab", "abc")); // compares the shorter length
-    EXPECT_EQ(0, stricmp("", "anything"));
-    EXPECT_EQ(1, stricmp("abc", "abd"));
-    EXPECT_EQ(1, stricmp("abd", "abc"));
-    EXPECT_EQ(0, memicmp("ABC", "abd", 2));
-    EXPECT_EQ(1, memicmp("a", "B", 1));
 }
 
 } // namespace

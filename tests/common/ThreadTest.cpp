@@ -1,20 +1,100 @@
 #include "common/Thread.h"
+#include "common/ProcessMutex.h"
+#include "common/RecursiveProcessMutex.h"
+#include "common/ScopedMutexLock.h"
 #include "common/Sleep.h"
 #include "common/ThreadGroup.h"
+#include "common/Timer.h"
 #include "tests/support/ChildProcess.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <functional>
+#include <memory>
+#include <pthread.h>
 #include <sys/resource.h>
+#include <thread>
 
-using Common::Synchronization::Sleep;
-using Common::Synchronization::Thread;
-using Common::Synchronization::Threadable;
-using Common::Synchronization::ThreadGroup;
+using namespace Common::Synchronization;
 
 namespace
 {
+
+struct Locker : Threadable
+{
+    explicit Locker(ProcessMutex& mutex) : mutex(mutex) {}
+    void Run() override { entered = ScopedMutexLock(mutex).locked(); }
+    ProcessMutex& mutex;
+    std::atomic<bool> entered{false};
+};
+
+// Whether another thread waits for `mutex` until release() runs, and then gets in.
+bool excludesUntil(ProcessMutex& mutex, std::function<void()> release)
+{
+    Locker locker(mutex);
+    Thread thread(locker);
+    Sleep(50);
+    bool waited = !locker.entered;
+    release();
+    thread.Join();
+    return waited && locker.entered;
+}
+
+TEST(ProcessMutex, AScopedLockExcludesOtherThreadsAndTheHolderMayLockARecursiveOneAgain)
+{
+    ProcessMutex plain;
+    std::unique_ptr<ScopedMutexLock> lock(new ScopedMutexLock(plain));
+    ASSERT_TRUE(lock->locked());
+    EXPECT_TRUE(excludesUntil(plain, [&] { lock.reset(); }));
+    RecursiveProcessMutex mutex;
+    ASSERT_TRUE(mutex.Lock() == 0 && mutex.Lock() == 0 && mutex.Unlock() == 0);
+    EXPECT_TRUE(excludesUntil(mutex, [&] { EXPECT_EQ(0, mutex.Unlock()); }));
+    EXPECT_NE(0, mutex.Unlock()); // not held any more
+}
+
+double seconds(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(Timer, CountsProcessorTimeNotSleep)
+{
+    Timer timer;
+    Sleep(200);
+    EXPECT_LT(timer.elapsedSeconds(), 0.1);
+    timer.Reset();
+    auto processor = [] { return double(std::clock()) / CLOCKS_PER_SEC; };
+    double start = processor();
+    auto wallStart = std::chrono::steady_clock::now();
+    while (processor() - start < 0.1 && seconds(wallStart) < 10)
+        continue;
+    EXPECT_NEAR(processor() - start, timer.elapsedSeconds(), 0.02);
+}
+
+// SIGUSR1, with a handler without SA_RESTART, arrives in the middle.
+TEST(Sleep, WaitsTheWholeTimeThoughASignalArrives)
+{
+    struct sigaction action = {}, previous;
+    action.sa_handler = [](int) {};
+    ASSERT_EQ(0, sigaction(SIGUSR1, &action, &previous));
+    pthread_t target = pthread_self();
+    auto start = std::chrono::steady_clock::now();
+    std::thread interrupter(
+        [target]
+        {
+            Sleep(30);
+            pthread_kill(target, SIGUSR1);
+        });
+    Sleep(150);
+    double slept = seconds(start);
+    interrupter.join();
+    sigaction(SIGUSR1, &previous, nullptr);
+    EXPECT_GE(slept, 0.15);
+}
 
 // Runs until opened, or for ten seconds at most, so that a test that wrongly
 // waits for it fails instead of hanging.
@@ -29,29 +109,6 @@ struct Gate : Threadable
         ++runs;
     }
 };
-
-TEST(Thread, RunsTheBodyOnceAndStaysRunningUntilJoined)
-{
-    Gate body;
-    Thread thread(body);
-    for (int i = 0; i < 5000 && body.runs == 0; ++i)
-        Sleep(1);
-    EXPECT_TRUE(thread.running());
-    thread.Join();
-    thread.Join();
-    EXPECT_FALSE(thread.running());
-    EXPECT_EQ(1, body.runs);
-
-    Gate held;
-    held.open = false;
-    {
-        Thread joinedByDestructor(held);
-        Sleep(20);
-        EXPECT_EQ(0, held.runs);
-        held.open = true;
-    }
-    EXPECT_EQ(1, held.runs);
-}
 
 // Thread creation is made to fail by a process limit of 0 in a child, which
 // binds only an unprivileged user (root first becomes "nobody").
@@ -74,22 +131,28 @@ TEST(Thread, FailedCreationLeavesItNotRunning)
     EXPECT_EQ(0, TestSupport::runInChild(child));
 }
 
-TEST(ThreadGroup, JoinAllJoinsEveryMemberButTheRemovedOnes)
+TEST(Thread, RunsTheBodyOnceUntilJoinedAndAGroupJoinsAllButTheRemovedOnes)
 {
     Gate body, held;
     held.open = false;
-    Thread first(body), second(body), kept(held);
+    Thread first(body), second(body);
+    std::unique_ptr<Thread> kept(new Thread(held));
+    for (int i = 0; i < 5000 && body.runs < 2; ++i)
+        Sleep(1);
+    EXPECT_TRUE(first.running()); // its body has ended, but it is not joined
     ThreadGroup group;
-    for (Thread* thread : {&first, &kept, static_cast<Thread*>(nullptr), &second, &kept})
+    for (Thread* thread : {&first, kept.get(), static_cast<Thread*>(nullptr), &second, kept.get()})
         group.Add(thread);
-    group.Remove(&kept);
+    group.Remove(kept.get());
     group.JoinAll();
+    first.Join();
     EXPECT_FALSE(first.running() || second.running());
     EXPECT_EQ(2, body.runs);
-    EXPECT_TRUE(kept.running());
+    EXPECT_TRUE(kept->running());
     EXPECT_EQ(0, held.runs);
     held.open = true;
-    kept.Join();
+    kept.reset(); // the destructor joins
+    EXPECT_EQ(1, held.runs);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "common/List.h"
 #include "common/String.h"
+#include "tests/support/Text.h"
 
 #include <filesystem>
 #include <fstream>
@@ -49,11 +50,6 @@ public:
 private:
     std::string m_path;
 };
-
-inline std::string text(Common::string const& s)
-{
-    return std::string(s.c_str(), s.size());
-}
 
 // The texts of a list whose order is the folder's own.
 inline std::multiset<std::string> asSet(Common::list<Common::string> const& names)

@@ -1,29 +1,15 @@
-// How the system page cleans a program's output is its own test's concern.
 #include "common/filesystem/Application.h"
+#include "common/filesystem/Filesystem.h"
 #include "common/filesystem/TemporaryFile.h"
 
 #include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
-#include "common/filesystem/Filesystem.h"
-
 namespace fs = Common::Filesystem;
 
-namespace
-{
-fs::Application ran(std::string const& executable, char const* arguments)
-{
-    fs::Application application;
-    application.Executable(executable.c_str());
-    application.Arguments(arguments);
-    EXPECT_TRUE(application.Execute());
-    return application;
-}
-} // namespace
-
 // The status word, standard input and the output the system page makes of
-// them are the page's tests' concern.
+// them are the system page's tests' concern.
 TEST(Application, QuotesTheExecutableOnceCapturesBothOutputsAndLeavesNoFiles)
 {
     ScratchFolder scratch;
@@ -35,7 +21,10 @@ TEST(Application, QuotesTheExecutableOnceCapturesBothOutputsAndLeavesNoFiles)
     ::setenv("TMPDIR", scratch.path().c_str(), 1); // capture files go here
     for (std::string const& executable : {bare, "\"" + bare + "\"", "\"\"" + bare + "\""})
     {
-        fs::Application application = ran(executable, "hi");
+        fs::Application application;
+        application.Executable(executable.c_str());
+        application.Arguments("hi");
+        EXPECT_TRUE(application.Execute());
         EXPECT_EQ("tool says hi\n", text(application.output())) << executable;
         EXPECT_EQ("err\n", text(application.error())) << executable;
     }

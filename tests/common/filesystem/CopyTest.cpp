@@ -1,11 +1,15 @@
 #include "common/filesystem/Copy.h"
+#include "common/Thread.h"
+#include "common/filesystem/CopyRegistry.h"
 #include "common/filesystem/Wildcard.h"
 
 #include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <sys/stat.h>
+#include <thread>
 
 namespace fs = Common::Filesystem;
 namespace stdfs = std::filesystem;
@@ -65,40 +69,88 @@ TEST(Copy, CopiesFolderTreesAndWhatAWildcardMatches)
     EXPECT_FALSE(fs::_isWild("/d*/x.txt", match)); // the star not in the last name
 }
 
-TEST(Copy, RefusesWhatCannotBeCopiedAndCopiesTheRest)
+TEST(Copy, FollowsLinksNeverLoopsAndRefusesWhatCannotBeCopied)
 {
     ScratchFolder scratch;
-    scratch.write("tree/file", "x");
+    scratch.write("data/real.txt", "real");
+    scratch.makeFolder("tree/sub");
     scratch.makeFolder("existing");
+    stdfs::create_symlink(scratch.path("data"), scratch.path("tree/data"));
+    stdfs::create_symlink(scratch.path("tree"), scratch.path("tree/loop"));
     EXPECT_FALSE(fs::copy(scratch.at("missing"), scratch.at("target")));
     EXPECT_FALSE(fs::copy(scratch.at("tree/*.none"), scratch.at("target")));
     EXPECT_FALSE(fs::copy(scratch.at("tree/.."), scratch.at("existing"))); // no name to use
     EXPECT_FALSE(scratch.exists("target"));
     EXPECT_TRUE(stdfs::is_empty(scratch.path("existing")));
 
+    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("copy")));
+    EXPECT_EQ("real", scratch.read("copy/data/real.txt"));
+    EXPECT_FALSE(stdfs::is_symlink(scratch.path("copy/data")));
+    EXPECT_FALSE(scratch.exists("copy/loop")); // leads back into the walk
+    // Into its own subfolder: the copy takes what was there when it began.
+    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("tree/sub")));
+    EXPECT_EQ("real", scratch.read("tree/sub/tree/data/real.txt"));
+    EXPECT_TRUE(stdfs::is_empty(scratch.path("tree/sub/tree/sub")));
+
     // A dangling link or a FIFO (never read: that could wait forever) makes
     // the copy incomplete.
     stdfs::create_symlink(scratch.path("gone"), scratch.path("tree/dangling"));
     ASSERT_EQ(0, ::mkfifo(scratch.path("tree/fifo").c_str(), 0600));
     EXPECT_FALSE(fs::copy(scratch.at("tree"), scratch.at("partial")));
-    EXPECT_EQ("x", scratch.read("partial/file"));
+    EXPECT_EQ("real", scratch.read("partial/data/real.txt"));
     EXPECT_FALSE(scratch.exists("partial/fifo"));
 }
 
-TEST(Copy, FollowsLinksButNeverLoops)
+namespace
 {
-    ScratchFolder scratch;
-    scratch.write("data/real.txt", "real");
-    scratch.makeFolder("tree/sub");
-    stdfs::create_symlink(scratch.path("data"), scratch.path("tree/data"));
-    stdfs::create_symlink(scratch.path("tree"), scratch.path("tree/loop"));
-    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("copy")));
-    EXPECT_EQ("real", scratch.read("copy/data/real.txt"));
-    EXPECT_FALSE(stdfs::is_symlink(scratch.path("copy/data")));
-    EXPECT_FALSE(scratch.exists("copy/loop")); // leads back into the walk
+using Status = fs::CopyThread::_COPY_STATUS;
+unsigned const kManyFiles = 3000;
+unsigned const kFileSize = 4096;
 
-    // Into its own subfolder: the copy takes what was there when it began.
-    EXPECT_TRUE(fs::copy(scratch.at("tree"), scratch.at("tree/sub")));
-    EXPECT_EQ("real", scratch.read("tree/sub/tree/data/real.txt"));
-    EXPECT_TRUE(stdfs::is_empty(scratch.path("tree/sub/tree/sub")));
+// Files a stopped copy left behind; each must be whole (copies stop between files).
+unsigned wholeFilesIn(ScratchFolder const& scratch, std::string const& folder)
+{
+    unsigned count = 0;
+    if (scratch.exists(folder))
+        for (auto const& entry : stdfs::directory_iterator(scratch.path(folder)))
+            count += entry.file_size() == kFileSize ? 1 : 1000000;
+    return count;
+}
+
+} // namespace
+
+// What a finished copy reports is the system page's tests' concern.
+TEST(CopyThread, StopEndsTheCopyBetweenFilesAndTheRegistryRunsOneCopyPerKeyUntilDestroyed)
+{
+    ScratchFolder scratch; // many small files, so that a copy is caught midway
+    for (unsigned index = 0; index < kManyFiles; ++index)
+        scratch.write("many/f" + std::to_string(index), std::string(kFileSize, 'm'));
+    fs::CopyThread copy(scratch.at("many"), scratch.at("copy"));
+    {
+        Common::Synchronization::Thread thread(copy);
+        while (copy.isRunning() && copy.status().currentFile < 10)
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        copy.Stop();
+    }
+    EXPECT_FALSE(copy.isRunning());
+    Status status = copy.status();
+    EXPECT_EQ(kManyFiles, status.totalFiles); // the totals are planned first
+    EXPECT_EQ(kManyFiles * kFileSize, status.totalBytes);
+    EXPECT_LT(status.currentFile, status.totalFiles);
+    EXPECT_EQ(status.currentFile, wholeFilesIn(scratch, "copy"));
+    EXPECT_EQ(status.currentFile * kFileSize, status.currentByte);
+
+    {
+        fs::CopyRegistry registry;
+        ASSERT_TRUE(registry.Start("a", scratch.at("many"), scratch.at("a")));
+        ASSERT_TRUE(registry.Start("b", scratch.at("many"), scratch.at("b")));
+        EXPECT_FALSE(registry.Start("a", scratch.at("many"), scratch.at("other")));
+        bool running;
+        EXPECT_FALSE(registry.progress("A", status, running)); // keys keep their case
+    }
+    EXPECT_FALSE(scratch.exists("other"));
+    unsigned copied = wholeFilesIn(scratch, "a") + wholeFilesIn(scratch, "b");
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(copied, wholeFilesIn(scratch, "a") + wholeFilesIn(scratch, "b")); // ended
+    EXPECT_LT(copied, 2 * kManyFiles);
 }

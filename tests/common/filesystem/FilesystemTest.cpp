@@ -1,4 +1,5 @@
 #include "common/filesystem/Filesystem.h"
+#include "common/filesystem/Copy.h"
 
 #include "common/InputStreamFromFile.h"
 #include "common/OutputStreamToFile.h"
@@ -6,17 +7,20 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = Common::Filesystem;
 namespace stdfs = std::filesystem;
 using Set = std::multiset<std::string>;
 
-TEST(Filesystem, TellsFilesFoldersAndLinksApart)
+TEST(Filesystem, TellsFilesFoldersAndLinksApartAndListsFilesAndFoldersSeparately)
 {
     ScratchFolder scratch;
     scratch.write("file", "x");
     scratch.makeFolder("folder");
+    stdfs::create_symlink(scratch.path("folder"), scratch.path("to-folder"));
     stdfs::create_symlink(scratch.path("gone"), scratch.path("dangling"));
     ASSERT_EQ(0, ::mkfifo(scratch.path("fifo").c_str(), 0600));
     // A folder opens for reading too; a FIFO answers without waiting for a writer.
@@ -27,6 +31,11 @@ TEST(Filesystem, TellsFilesFoldersAndLinksApart)
     EXPECT_FALSE(fs::isDirectory(scratch.at("file")));
     EXPECT_TRUE(fs::isSymbolicLink(scratch.at("dangling")));
     EXPECT_FALSE(fs::isSymbolicLink(scratch.at("file")));
+
+    EXPECT_EQ(Set{"file"}, asSet(fs::getFileList(scratch.at("/") + "/")));
+    EXPECT_EQ((Set{"folder", "to-folder"}), asSet(fs::getDirectoryList(scratch.at())));
+    EXPECT_TRUE(fs::getDirectoryList(scratch.at("folder")).empty()); // no "." or ".."
+    EXPECT_TRUE(fs::getFileList(scratch.at("missing")).empty());
 }
 
 TEST(Filesystem, ReadsAndWritesRegularFilesOnlyAndNoneLongerThanTheLimit)
@@ -43,7 +52,7 @@ TEST(Filesystem, ReadsAndWritesRegularFilesOnlyAndNoneLongerThanTheLimit)
 
     Common::string read("unchanged");
     // A FIFO without a writer would wait; /dev/zero would never end.
-    for (Common::string path : {scratch.at("missing"), scratch.at("fifo"),
+    for (Common::string path : {scratch.at("missing"), scratch.at("fifo"), scratch.at(""),
                                 Common::string("/dev/zero"), scratch.at("past-limit")})
         EXPECT_FALSE(fs::getContents(path, read)) << path.c_str();
     EXPECT_EQ("unchanged", text(read));
@@ -57,22 +66,10 @@ TEST(Filesystem, ReadsAndWritesRegularFilesOnlyAndNoneLongerThanTheLimit)
     EXPECT_EQ(0, fs::getFileSize(scratch.at("missing")));
 
     // Opening a FIFO for writing would wait for a reader.
-    for (Common::string path : {scratch.at("fifo"), Common::string("/dev/null"), scratch.at("")})
+    for (Common::string path : {scratch.at("fifo"), Common::string("/dev/null"), scratch.at(""),
+                                scratch.at("no/such/folder")})
         EXPECT_FALSE(Common::OutputStreamToFile(path, true).isOpen()) << path.c_str();
     EXPECT_TRUE(Common::OutputStreamToFile(scratch.at("plain"), false).isOpen());
-}
-
-TEST(Filesystem, ListsFilesAndFoldersSeparately)
-{
-    ScratchFolder scratch;
-    scratch.write("top/a.txt", "a");
-    scratch.makeFolder("top/sub");
-    stdfs::create_symlink(scratch.path("top/sub"), scratch.path("top/to-sub"));
-    stdfs::create_symlink(scratch.path("nowhere"), scratch.path("top/dangling"));
-    EXPECT_EQ(Set{"a.txt"}, asSet(fs::getFileList(scratch.at("//top//"))));
-    EXPECT_EQ((Set{"sub", "to-sub"}), asSet(fs::getDirectoryList(scratch.at("top"))));
-    EXPECT_TRUE(fs::getDirectoryList(scratch.at("top/sub")).empty()); // no "." or ".."
-    EXPECT_TRUE(fs::getFileList(scratch.at("missing")).empty());
 }
 
 TEST(Filesystem, DeletesFilesAndEmptyFoldersAndMakesFoldersWithTheirParents)
@@ -105,4 +102,59 @@ TEST(Filesystem, DeletesFilesAndEmptyFoldersAndMakesFoldersWithTheirParents)
     // instead of retrying forever.
     EXPECT_FALSE(fs::createDirectory(scratch.at("plain/child/grandchild")));
     EXPECT_EQ("x", scratch.read("plain"));
+}
+
+// Files past 4 GiB and folders whose entries carry 64-bit inode numbers or
+// directory offsets, as a 32-bit process meets them on current file systems.
+namespace
+{
+long long const kFiveGiB = 5LL << 30;
+long long const kPastFourGiB = (4LL << 30) + 12345;
+
+std::string bytesAt(std::string const& path, long long offset, unsigned length)
+{
+    std::string bytes(length, '\0');
+    int fd = ::open(path.c_str(), O_RDONLY);
+    ssize_t got = ::pread(fd, &bytes[0], length, offset);
+    ::close(fd);
+    return got == static_cast<ssize_t>(length) ? bytes : std::string();
+}
+} // namespace
+
+// A sparse file of 5 GiB with a few bytes at its start and past 4 GiB.
+TEST(LargeFiles, FilePastFourGiBIsSizedFoundListedAndCopiedWithItsHoles)
+{
+    ScratchFolder scratch;
+    scratch.makeFolder("big");
+    int fd = ::open(scratch.path("big/disk.img").c_str(), O_WRONLY | O_CREAT, 0644);
+    ASSERT_EQ(0, ::ftruncate(fd, kFiveGiB));
+    ASSERT_EQ(5, ::pwrite(fd, "start", 5, 0));
+    ASSERT_EQ(4, ::pwrite(fd, "deep", 4, kPastFourGiB));
+    ::close(fd);
+    EXPECT_EQ(kFiveGiB, fs::getFileSize(scratch.at("big/disk.img")));
+    EXPECT_TRUE(fs::isFile(scratch.at("big/disk.img")));
+    EXPECT_EQ(Set{"disk.img"}, asSet(fs::getFileList(scratch.at("big"))));
+
+    ASSERT_TRUE(fs::copy(scratch.at("big"), scratch.at("copy")));
+    std::string const copy = scratch.path("copy/disk.img");
+    EXPECT_EQ(kFiveGiB, fs::getFileSize(copy.c_str()));
+    EXPECT_EQ("start", bytesAt(copy, 0, 5));
+    EXPECT_EQ("deep", bytesAt(copy, kPastFourGiB, 4));
+    EXPECT_EQ(std::string(4, '\0'), bytesAt(copy, kFiveGiB - 4, 4));
+    struct stat status;
+    ASSERT_EQ(0, ::stat(copy.c_str(), &status));
+    EXPECT_LT(status.st_blocks * 512LL, 64LL << 20); // the holes stay holes
+}
+
+// Enough entries for hashed folder indexes (ext4 and others), whose
+// directory offsets do not fit 32 bits.
+TEST(LargeFiles, FolderOfThousandsOfEntriesListsEveryOne)
+{
+    ScratchFolder scratch;
+    for (int i = 0; i < 3000; ++i)
+        ::close(
+            ::open(scratch.path("entry-" + std::to_string(i)).c_str(), O_WRONLY | O_CREAT, 0644));
+    scratch.makeFolder("sub");
+    EXPECT_EQ(3000u, fs::getFileList(scratch.at()).size());
+    EXPECT_EQ(1u, fs::getDirectoryList(scratch.at()).size());
 }
