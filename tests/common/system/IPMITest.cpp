@@ -96,62 +96,47 @@ TEST(IPMI, CutsLongRepliesToTheBufferAndLeavesTheRestAfterShortOnes)
         });
 }
 
-TEST(IPMI, WithoutADeviceTheDriverIsLoadedTwiceThreeSecondsEach)
+// Without a device node the driver is loaded, up to twice, three seconds
+// each time, and the node is made with the major the kernel lists.
+TEST(IPMI, TheDriverIsLoadedAndTheNodeMadeOnlyWhenNoNodeOpens)
 {
-    Sim::Machine listed;
-    listed.addManagementController().node = ""; // the driver lists its major, no node opens
-    onSimulatedServer(listed,
-                      [](Sim::Machine& server)
-                      {
-                          IPMI ipmi;
-                          EXPECT_EQ(driverModules(2), server.loadedKernelModules());
-                          EXPECT_EQ((std::vector<unsigned>{239, 239}), server.ipmiNodesMade());
-                          EXPECT_EQ(6u * kSecond, server.clock().now());
-                          unsigned char response[1] = {0xEE};
-                          EXPECT_FALSE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 1));
-                          EXPECT_EQ(0xEE, response[0]);
-                          EXPECT_TRUE(server.managementController()->requests().empty());
-                      });
-
-    Sim::Machine none;
-    onSimulatedServer(none,
-                      [](Sim::Machine& server)
-                      {
-                          EXPECT_FALSE(IPMI::supported());
-                          EXPECT_EQ(driverModules(2), server.loadedKernelModules());
-                          EXPECT_TRUE(server.ipmiNodesMade().empty()) << "no node without a listed major";
-                          EXPECT_EQ(6u * kSecond, server.clock().now());
-                      });
-}
-
-TEST(IPMI, TheNodeIsMadeWithTheMajorTheKernelLists)
-{
-    Sim::Machine machine;
-    Sim::ManagementController& controller = machine.addManagementController();
-    controller.node = "";
-    controller.nodeAfterLoading = true;
-    controller.listedMajor = 250;
-    onSimulatedServer(machine,
-                      [](Sim::Machine& server)
-                      {
-                          EXPECT_TRUE(IPMI::supported());
-                          EXPECT_EQ(driverModules(1), server.loadedKernelModules());
-                          EXPECT_EQ(std::vector<unsigned>{250}, server.ipmiNodesMade());
-                          EXPECT_EQ(3u * kSecond, server.clock().now());
-                      });
-}
-
-TEST(IPMI, OpensTheOtherDeviceNodes)
-{
-    for (char const* node : {"/dev/ipmidev/0", "/dev/ipmi/0"})
+    const struct
+    {
+        bool controller;
+        char const* node;
+        bool nodeAfterLoading;
+        bool supported;
+        int rounds;
+        std::vector<unsigned> nodesMade;
+    } cases[] = {
+        {true, "/dev/ipmidev/0", false, true, 0, {}},
+        {true, "/dev/ipmi/0", false, true, 0, {}},
+        {true, "", true, true, 1, {250}},
+        {true, "", false, false, 2, {250, 250}},
+        {false, "", false, false, 2, {}}, // no node without a listed major
+    };
+    for (auto const& c : cases)
     {
         Sim::Machine machine;
-        machine.addManagementController().node = node;
+        if (c.controller)
+        {
+            Sim::ManagementController& controller = machine.addManagementController();
+            controller.node = c.node;
+            controller.nodeAfterLoading = c.nodeAfterLoading;
+            controller.listedMajor = 250;
+        }
         onSimulatedServer(machine,
-                          [](Sim::Machine& server)
+                          [&c](Sim::Machine& server)
                           {
-                              EXPECT_TRUE(IPMI::supported());
-                              EXPECT_TRUE(server.loadedKernelModules().empty());
+                              EXPECT_EQ(c.supported, IPMI::supported()) << c.node;
+                              EXPECT_EQ(driverModules(c.rounds), server.loadedKernelModules());
+                              EXPECT_EQ(c.nodesMade, server.ipmiNodesMade());
+                              EXPECT_EQ(3u * c.rounds * kSecond, server.clock().now());
+                              if (c.supported)
+                                  return;
+                              unsigned char response[1] = {0xEE};
+                              EXPECT_FALSE(IPMI().execute(0x06, 0x01, nullptr, 0, response, 1));
+                              EXPECT_EQ(0xEE, response[0]);
                           });
     }
 }
