@@ -28,7 +28,7 @@ std::vector<std::string> driverModules(int rounds)
 }
 } // namespace
 
-TEST(IPMI, SendsToTheSystemInterfaceAndReceivesTheTypedRecords)
+TEST(IPMI, SendsToTheSystemInterfaceAndWaitsForRepliesCutToTheBuffer)
 {
     Sim::Machine machine;
     machine.addManagementController();
@@ -69,31 +69,28 @@ TEST(IPMI, SendsToTheSystemInterfaceAndReceivesTheTypedRecords)
                           EXPECT_EQ(2, controller.requests().back().lun);
                           EXPECT_TRUE(controller.requests().back().data.empty()) << "length 0";
                           EXPECT_EQ(0x20, response[1]) << "device ID";
+
+                          unsigned char buffer[8];
+                          std::memset(buffer, 0xEE, sizeof buffer);
+                          controller.answerNextWith({0x00, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+                          ASSERT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, buffer, 4));
+                          EXPECT_EQ((Bytes{0x00, 1, 2, 3, 0xEE, 0xEE, 0xEE, 0xEE}), bytes(buffer, 8));
+
+                          std::memset(buffer, 0xEE, sizeof buffer);
+                          controller.answerNextWith({0xC9, 0x42});
+                          ASSERT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, buffer, 8))
+                              << "a completion code is the caller's business";
+                          EXPECT_EQ((Bytes{0xC9, 0x42, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE}), bytes(buffer, 8));
+
+                          // A slow controller is waited for up to five seconds.
+                          std::uint64_t start = server.clock().now();
+                          controller.replyDelayMicroseconds = 4 * kSecond;
+                          EXPECT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 16));
+                          EXPECT_EQ(start + 4u * kSecond, server.clock().now());
+                          controller.replyDelayMicroseconds = 6 * kSecond;
+                          EXPECT_FALSE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 16));
+                          EXPECT_EQ(start + 9u * kSecond, server.clock().now());
                       });
-}
-
-TEST(IPMI, CutsLongRepliesToTheBufferAndLeavesTheRestAfterShortOnes)
-{
-    Sim::Machine machine;
-    machine.addManagementController();
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine& server)
-        {
-            Sim::ManagementController& controller = *server.managementController();
-            IPMI ipmi;
-            unsigned char buffer[8];
-            std::memset(buffer, 0xEE, sizeof buffer);
-            controller.answerNextWith({0x00, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
-            ASSERT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, buffer, 4));
-            EXPECT_EQ((Bytes{0x00, 1, 2, 3, 0xEE, 0xEE, 0xEE, 0xEE}), bytes(buffer, 8));
-
-            std::memset(buffer, 0xEE, sizeof buffer);
-            controller.answerNextWith({0xC9, 0x42});
-            ASSERT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, buffer, 8))
-                << "a completion code is the caller's business";
-            EXPECT_EQ((Bytes{0xC9, 0x42, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE}), bytes(buffer, 8));
-        });
 }
 
 // Without a device node the driver is loaded, up to twice, three seconds
@@ -139,23 +136,6 @@ TEST(IPMI, TheDriverIsLoadedAndTheNodeMadeOnlyWhenNoNodeOpens)
                               EXPECT_EQ(0xEE, response[0]);
                           });
     }
-}
-
-TEST(IPMI, ASlowControllerIsWaitedForUpToFiveSeconds)
-{
-    Sim::Machine machine;
-    machine.addManagementController().replyDelayMicroseconds = 4 * kSecond;
-    onSimulatedServer(machine,
-                      [](Sim::Machine& server)
-                      {
-                          IPMI ipmi;
-                          unsigned char response[16];
-                          EXPECT_TRUE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 16));
-                          EXPECT_EQ(4u * kSecond, server.clock().now());
-                          server.managementController()->replyDelayMicroseconds = 6 * kSecond;
-                          EXPECT_FALSE(ipmi.execute(0x06, 0x01, nullptr, 0, response, 16));
-                          EXPECT_EQ(9u * kSecond, server.clock().now());
-                      });
 }
 
 TEST(IPMI, SupportedAsksAgainOnlyAfterAFailure)
