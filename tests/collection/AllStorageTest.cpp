@@ -1,6 +1,5 @@
 #include "collection/AllStorage.h"
 
-#include "ExpectedFiles.h"
 #include "tests/support/SimulatedServer.h"
 #include "tests/support/TempDir.h"
 
@@ -22,7 +21,7 @@ TEST(AllStorage, SaveReportsWhetherTheDocumentWasWritten)
                       "Device=\"1F\" DeviceID=\"2922\" Function=\"02\" Index=\"0\" Name=\"\" "
                       "Slot=\"255\" SubClassCode=\"06\" SubsystemID=\"00000000\" VendorID=\"8086\"/>"
                       "</AllStorage>",
-                      readFile(scratch.file("allstorage.xml")));
+                      TestSupport::readFile(scratch.file("allstorage.xml")));
             EXPECT_FALSE(storage.Save(scratch.file("missing/allstorage.xml").c_str()));
         });
 }
