@@ -85,11 +85,9 @@ TEST(SMBios, DerivedValuesAndTheirDefaults)
                                      .processor("Empty", 3, 0x00)
                                      .processor("AMD", 3, 0x41))
                              .smbios.GetProcessorManufacturer()));
-    Decoded bare(Sim::SmbiosBuilder().bios("V", "A", "D").systemId("ABC"));
-    EXPECT_EQ("unknown", str(bare.smbios.GetProcessorManufacturer()));
-    EXPECT_EQ("0", str(bare.smbios.GetTotalRAM()));
-    EXPECT_EQ("", str(bare.smbios.GetAssetTag()));
-    EXPECT_EQ("", str(bare.smbios.GetServerID())) << "the server id needs four characters";
+    // The other defaults are checked through hardware.nsp.
+    EXPECT_EQ("unknown", str(Decoded(Sim::SmbiosBuilder().bios("V", "A", "D"))
+                                 .smbios.GetProcessorManufacturer()));
 }
 
 TEST(SMBios, ABrokenTableEndsTheWalkAtTheFirstStructureThatDoesNotFit)
