@@ -1,16 +1,12 @@
 #pragma once
 
-// Reading of files, and of the expected outputs checked in under expected/.
+// The expected outputs checked in under expected/.
 
-#include <fstream>
-#include <iterator>
+#include "tests/support/TempDir.h"
+
 #include <string>
 
-inline std::string readFile(std::string const& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using TestSupport::readFile;
 
 inline std::string expected(char const* name)
 {

@@ -27,16 +27,6 @@ std::vector<std::string> section(std::string const& document, std::string const&
 }
 
 typedef std::vector<std::string> Lines;
-
-// The section headers, in order.
-Lines headers(std::string const& document)
-{
-    Lines found;
-    for (auto const& line : crlfLines(document))
-        if (!line.empty() && line[0] == '[')
-            found.push_back(line);
-    return found;
-}
 } // namespace
 
 TEST(TextAnswerFile, SectionsFollowTheAnswers)
@@ -102,10 +92,6 @@ TEST(TextAnswerFile, LineBreaksInValuesBecomeBlanks)
             Answers answers = olderFamilyFull;
             answers.emplace_back(setting, value);
             return text(answers);
-        };
-        std::string plain = withValue("plain"), document = withValue(typed);
-        EXPECT_EQ(crlfLines(document).size(), crlfLines(plain).size()) << setting;
-        EXPECT_EQ(headers(document), headers(plain)) << setting;
-        EXPECT_EQ(document, withValue(blanked)) << setting;
+        };        EXPECT_EQ(withValue(typed), withValue(blanked)) << setting;
     }
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <cstdlib>
 
 #include <unistd.h>
 
@@ -12,57 +12,18 @@ namespace
 {
 char const xmllint[] = "/usr/bin/xmllint";
 
-// A document written to a scratch file and read back by xmllint.
-class ReadBack
+bool wellFormed(std::string const& document)
 {
-public:
-    explicit ReadBack(std::string const& document) : m_file(m_dir.file("answers.xml"))
-    {
-        std::ofstream(m_file, std::ios::binary) << document;
-    }
-
-    bool wellFormed() const
-    {
-        int status;
-        run("--noout", status);
-        return status == 0;
-    }
-
-private:
-    std::string run(std::string const& arguments, int& status) const
-    {
-        std::string command = std::string(xmllint) + " " + arguments + " '" + m_file + "'";
-        std::string output;
-        FILE* pipe = popen(command.c_str(), "r");
-        char buffer[4096];
-        for (std::size_t n; pipe && (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-            output.append(buffer, n);
-        status = pipe ? pclose(pipe) : -1;
-        return output;
-    }
-
-    TempDir m_dir;
-    std::string m_file;
-};
-
-void expectWellFormed(std::string const& document)
-{
-    EXPECT_TRUE(ReadBack(document).wellFormed());
+    TempDir dir;
+    std::ofstream(dir.file("answers.xml"), std::ios::binary) << document;
+    return std::system((std::string(xmllint) + " --noout '" + dir.file("answers.xml") + "'").c_str()) == 0;
 }
 
-std::string xml(Answers const& answers, Unattend::EnUnattendOS os = Unattend::W2K8)
+std::string xml(Answers const& answers)
 {
-    std::string document = render(os, answers);
-    expectWellFormed(document);
+    std::string document = render(Unattend::W2K8, answers);
+    EXPECT_TRUE(wellFormed(document));
     return document;
-}
-
-std::string replaced(std::string text, std::string const& what, std::string const& with)
-{
-    for (std::size_t at = text.find(what); at != std::string::npos;
-         at = text.find(what, at + with.size()))
-        text.replace(at, what.size(), with);
-    return text;
 }
 
 bool contains(std::string const& document, std::string const& text)
@@ -71,19 +32,9 @@ bool contains(std::string const& document, std::string const& text)
 }
 } // namespace
 
-TEST(XMLAnswerFile, EmptyAnswersOnBothArchitectures)
+// Present but empty values stay empty; absent ones take their defaults.
+TEST(XMLAnswerFile, PresentButEmptyValuesStayEmpty)
 {
-    expectSameDocument(xml({}), expected("xml-empty-x86.xml"));
-    std::string amd64 = replaced(expected("xml-empty-x86.xml"), "processorArchitecture=\"x86\"",
-                                 "processorArchitecture=\"amd64\"");
-    expectSameDocument(xml({}, Unattend::W2K8_X64), amd64);
-}
-
-TEST(XMLAnswerFile, FullAnswers)
-{
-    expectSameDocument(xml(newerFamilyFull, Unattend::W2K8_X64),
-                       expected("xml-full-core-amd64.xml"));
-    // Present but empty values stay empty; absent ones take their defaults.
     // clang-format off
     Answers const sbsWorkgroup = {
         {"ImageName", "Windows SBS 2008 Standard"}, {"ComputerName", ""},
@@ -171,7 +122,7 @@ TEST(XMLAnswerFile, EverySettingIsEscapedWhereItIsWritten)
         Answers answers = newerFamilyFull;
         answers.emplace_back(setting, typed);
         std::string document = render(Unattend::W2K8, answers);
-        EXPECT_TRUE(ReadBack(document).wellFormed()) << setting;
+        EXPECT_TRUE(wellFormed(document)) << setting;
         EXPECT_FALSE(contains(document, "<Injected")) << setting;
         EXPECT_TRUE(contains(document, "Smith &amp; Sons &lt;x&gt;")) << setting;
     }

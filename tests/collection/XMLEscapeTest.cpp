@@ -4,77 +4,51 @@
 
 #include <string>
 
-using Collection::xmlAttribute;
-using Collection::xmlText;
-
 namespace
 {
-std::string bytes(Common::string const& s)
-{
-    return std::string(s.c_str(), s.size());
-}
-
 std::string text(std::string const& value)
 {
-    return bytes(xmlText(Common::string(value.data(), value.size())));
+    Common::string escaped = Collection::xmlText(Common::string(value.data(), value.size()));
+    return std::string(escaped.c_str(), escaped.size());
 }
 
 std::string attribute(std::string const& value)
 {
-    return bytes(xmlAttribute(Common::string(value.data(), value.size())));
+    Common::string escaped = Collection::xmlAttribute(Common::string(value.data(), value.size()));
+    return std::string(escaped.c_str(), escaped.size());
 }
 } // namespace
 
-TEST(XMLEscape, MarkupAndLineBreaks)
+TEST(XMLEscape, MarkupLineBreaksAndWhatXMLCannotHold)
 {
     std::string typed = "Smith & Sons <x> \"q\" 'a'\tLF\nCR\rCRLF\r\n";
     EXPECT_EQ(text(typed), "Smith &amp; Sons &lt;x&gt; \"q\" 'a'\tLF\nCR&#13;CRLF&#13;\n");
     EXPECT_EQ(
         attribute(typed),
         "Smith &amp; Sons &lt;x&gt; &quot;q&quot; &apos;a&apos;&#9;LF&#10;CR&#13;CRLF&#13;&#10;");
-}
-
-TEST(XMLEscape, OtherTextIsUnchanged)
-{
-    // Two-, three- and four-byte characters, DEL and a C1 control character
-    // are all characters XML 1.0 can hold.
-    for (std::string typed :
-         {"", "Jane Doe", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", "\x7F\xC2\x85"})
+    const struct
     {
-        EXPECT_EQ(text(typed), typed);
-        EXPECT_EQ(attribute(typed), typed);
-    }
-    EXPECT_EQ(text("reg add \"HKLM\\Software\" /f"), "reg add \"HKLM\\Software\" /f");
-}
-
-TEST(XMLEscape, CharactersXMLCannotHoldBecomeBlanks)
-{
-    for (auto escape : {text, attribute})
+        std::string typed, escaped;
+    } cases[] = {
+        // Two-, three- and four-byte characters, DEL and a C1 control
+        // character are all characters XML 1.0 can hold.
+        {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"},
+        {"\x7F\xC2\x85", "\x7F\xC2\x85"},
+        {"reg add HKLM\\Software /f", "reg add HKLM\\Software /f"},
+        // Characters XML cannot hold become blanks.
+        {std::string("a\0b\x01" "c\x1F" "d\x0B", 8), "a b c d "},
+        {"U+FFFE \xEF\xBF\xBE U+FFFF \xEF\xBF\xBF", "U+FFFE   U+FFFF  "},
+        // Bytes that are not UTF-8, or shaped like it but refused by XML
+        // parsers (5- and 6-byte forms, an overlong "<", a surrogate, a code
+        // point past U+10FFFF), are dropped.
+        {"a\xFF" "b\x80" "c\xC3", "abc"},
+        {"5\xF8\x88\x80\x80\x80" "6\xFC\x84\x80\x80\x80\x80" "o\xC0\xBC" "s\xED\xA0\x80"
+         "big\xF4\x90\x80\x80.",
+         "56osbig."},
+    };
+    for (auto const& c : cases)
     {
-        EXPECT_EQ(escape(std::string("a\0b\x01"
-                                     "c\x1F"
-                                     "d\x0B",
-                                     8)),
-                  "a b c d ");
-        EXPECT_EQ(escape("U+FFFE \xEF\xBF\xBE U+FFFF \xEF\xBF\xBF"), "U+FFFE   U+FFFF  ");
-    }
-}
-
-TEST(XMLEscape, BytesThatAreNotUTF8AreDropped)
-{
-    for (auto escape : {text, attribute})
-    {
-        EXPECT_EQ(escape("a\xFF"
-                         "b\x80"
-                         "c\xC3"),
-                  "abc");
-        // Shaped like UTF-8 but refused by XML parsers: 5- and 6-byte forms,
-        // an overlong "<", a surrogate, a code point past U+10FFFF.
-        EXPECT_EQ(escape("5\xF8\x88\x80\x80\x80"
-                         "6\xFC\x84\x80\x80\x80\x80"
-                         "o\xC0\xBC"
-                         "s\xED\xA0\x80"
-                         "big\xF4\x90\x80\x80."),
-                  "56osbig.");
+        EXPECT_EQ(text(c.typed), c.escaped);
+        EXPECT_EQ(attribute(c.typed), c.escaped);
     }
 }

@@ -24,7 +24,7 @@ namespace
 
 typedef TestSupport::NamedMutexFixture NamedMutex;
 
-TEST_F(NamedMutex, CreateTakesAFreeMutexAndReportsBusyWhileHeld)
+TEST_F(NamedMutex, CreateTakesAFreeMutexAndReportsBusyWhileHeldAndNoNameIsPrivate)
 {
     auto child = [&]
     {
@@ -52,23 +52,15 @@ TEST_F(NamedMutex, CreateTakesAFreeMutexAndReportsBusyWhileHeld)
 
         CHILD_CHECK(ClearSem(name.c_str()) == 0);
         CHILD_CHECK(TestSupport::existingSet(key()) == -1);
+
+        // Without a name, a new private set each time.
+        int first = GetOSMutex(nullptr), second = GetOSMutex(nullptr);
+        CHILD_CHECK(first >= 0 && second >= 0 && first != second);
+        CHILD_CHECK(semctl(first, 0, IPC_STAT, &status) == 0 && status.sem_perm.__key == IPC_PRIVATE);
+        CHILD_CHECK(semctl(first, 0, IPC_RMID) == 0 && semctl(second, 0, IPC_RMID) == 0);
         return 0;
     };
     EXPECT_EQ(0, inChild(child));
-}
-
-TEST_F(NamedMutex, NullNameMakesANewPrivateSetEachTime)
-{
-    int first = GetOSMutex(nullptr);
-    int second = GetOSMutex(nullptr);
-    ASSERT_GE(first, 0);
-    ASSERT_GE(second, 0);
-    EXPECT_NE(first, second);
-    semid_ds status;
-    ASSERT_EQ(0, semctl(first, 0, IPC_STAT, &status));
-    EXPECT_EQ(IPC_PRIVATE, status.sem_perm.__key);
-    EXPECT_EQ(0, semctl(first, 0, IPC_RMID));
-    EXPECT_EQ(0, semctl(second, 0, IPC_RMID));
 }
 
 TEST_F(NamedMutex, WaitBlocksWhileHeldElsewhereAndThenTakesIt)

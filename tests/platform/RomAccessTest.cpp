@@ -58,12 +58,13 @@ RomCallRegisters scrambledCall(rominfo_t& rom, std::uint32_t entry, int mode, st
 }
 } // namespace
 
-TEST(RomCall, RunsTheRomsCodeWithEveryRegisterInAndOutInBothCallModes)
+TEST(RomCall, RunsTheRomsCodeWithEveryRegisterInAndOutAndPeeksOnlyWithinTheRom)
 {
     Sim::Machine machine;
     Rom::addStandardRom(machine);
     machine.addRomService(0xE3000, Sim::RomReturn::FarCall, scramble);
     machine.addRomService(0xE3100, Sim::RomReturn::Interrupt, scramble);
+    machine.memory().write(0xFFFF0, std::string("0123456789ABCDEF"));
     onSimulatedServer(machine,
                       [](Sim::Machine&)
                       {
@@ -89,6 +90,17 @@ TEST(RomCall, RunsTheRomsCodeWithEveryRegisterInAndOutInBothCallModes)
                           RomCallRegisters out = scrambledCall(rom.info, 0xE3100, 1, 0x11110100, status);
                           EXPECT_EQ(1u, out.eflags & 1u);
                           EXPECT_EQ(-0x22, status) << "carry turns the status negative";
+
+                          unsigned char bytes[32];
+                          std::memset(bytes, 0x5A, sizeof bytes);
+                          EXPECT_EQ(-1, rom_peek(&rom.info, 0x9FFFF, bytes, 1));
+                          EXPECT_EQ(-1, rom_peek(&rom.info, 0x100000, bytes, 1));
+                          EXPECT_EQ(-1, rom_peek(&rom.info, 0xFFFF0, bytes, 32)) << "past 0xFFFFF";
+                          EXPECT_EQ(0x5A, bytes[0]) << "nothing copied";
+                          EXPECT_EQ(0, rom_peek(&rom.info, 0xFFFF0, bytes, 16));
+                          EXPECT_EQ("0123456789ABCDEF", std::string(reinterpret_cast<char*>(bytes), 16));
+                          EXPECT_EQ(0, rom_peek(&rom.info, 0xA0000, bytes, 0));
+                          EXPECT_EQ(-1, rom_peek(&rom.info, 0xA0000, bytes, -1));
                       });
 }
 
@@ -142,29 +154,6 @@ TEST(RomCall, AnEntryPointAboveOneMegabyteIsRejectedWithItsMessage)
                           EXPECT_EQ("rom_call returned invalid entry point 0x100010\n",
                                     captured.text());
                       });
-}
-
-TEST(RomCall, PeekCopiesOnlyWithinTheRomArea)
-{
-    Sim::Machine machine;
-    Rom::addStandardRom(machine);
-    machine.memory().write(0xFFFF0, std::string("0123456789ABCDEF"));
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine&)
-        {
-            OpenRom rom;
-            unsigned char out[32];
-            std::memset(out, 0x5A, sizeof out);
-            EXPECT_EQ(-1, rom_peek(&rom.info, 0x9FFFF, out, 1));
-            EXPECT_EQ(-1, rom_peek(&rom.info, 0x100000, out, 1));
-            EXPECT_EQ(-1, rom_peek(&rom.info, 0xFFFF0, out, 32)) << "would end beyond 0xFFFFF";
-            EXPECT_EQ(0x5A, out[0]) << "nothing copied";
-            EXPECT_EQ(0, rom_peek(&rom.info, 0xFFFF0, out, 16));
-            EXPECT_EQ("0123456789ABCDEF", std::string(reinterpret_cast<char*>(out), 16));
-            EXPECT_EQ(0, rom_peek(&rom.info, 0xA0000, out, 0));
-            EXPECT_EQ(-1, rom_peek(&rom.info, 0xA0000, out, -1));
-        });
 }
 
 TEST(RomCall, InitReportsWhatFailedAndFiniReleasesEverything)

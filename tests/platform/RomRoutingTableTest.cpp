@@ -32,11 +32,11 @@ PCI::_PCI_ADDRESS at(unsigned char bus, unsigned char device)
 }
 } // namespace
 
-TEST(RomRoutingTable, ComesFromThePciBiosAndCoversDevicesBehindBridges)
+TEST(RomRoutingTable, FetchedOnceFromThePciBiosAndCoversDevicesBehindBridges)
 {
     Sim::Machine machine;
     onSimulatedServer(romWithRoutes(machine),
-                      [](Sim::Machine&)
+                      [](Sim::Machine& server)
                       {
                           _PCIIRQROUTENTRY table[8];
                           int count = 8;
@@ -58,22 +58,14 @@ TEST(RomRoutingTable, ComesFromThePciBiosAndCoversDevicesBehindBridges)
                           EXPECT_EQ(2, slot);
                           EXPECT_FALSE(PCI::Slot(at(0, 31), slot));
                           EXPECT_EQ(0, slot) << "embedded";
-                      });
-}
 
-TEST(RomRoutingTable, IsFetchedOncePerProcessAndCopiedUpToTheCapacity)
-{
-    Sim::Machine machine;
-    onSimulatedServer(romWithRoutes(machine),
-                      [](Sim::Machine& server)
-                      {
-                          _PCIIRQROUTENTRY table[2];
-                          std::memset(table, 0xEE, sizeof table);
-                          int count = 1;
-                          ASSERT_EQ(0, copy_irq_route_table_from_rom_internal(table, &count));
+                          _PCIIRQROUTENTRY copy[2];
+                          std::memset(copy, 0xEE, sizeof copy);
+                          count = 1;
+                          ASSERT_EQ(0, copy_irq_route_table_from_rom_internal(copy, &count));
                           EXPECT_EQ(2, count) << "the ROM's count";
-                          EXPECT_EQ(31 << 3, table[0].devfn);
-                          EXPECT_EQ(0xEE, table[1].bus) << "beyond the capacity";
+                          EXPECT_EQ(31 << 3, copy[0].devfn);
+                          EXPECT_EQ(0xEE, copy[1].bus) << "beyond the capacity";
                           server.addRomRoute({{0, 7, 0}, 3});
                           count = 0;
                           ASSERT_EQ(0, copy_irq_route_table_from_rom_internal(nullptr, &count));

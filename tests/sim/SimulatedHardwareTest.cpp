@@ -66,7 +66,7 @@ TEST(SimulatedHardware, KernelFilesShowTheMachineAsItIsNow)
     EXPECT_EQ("(missing)", listing(hardware, "/proc/bus/pci"));
 }
 
-TEST(SimulatedHardware, ConfigurationFilesAndPortsReachTheSameFunction)
+TEST(SimulatedHardware, ConfigurationFilesAndPortsReachTheSameFunctionWhileEnabled)
 {
     Sim::Machine machine;
     machine.addFunction({1, 2, 3}, 0x1077, 0x2432, 0x0C, 0x04).procFileSize(0x48);
@@ -87,6 +87,13 @@ TEST(SimulatedHardware, ConfigurationFilesAndPortsReachTheSameFunction)
     EXPECT_FALSE(hardware.readPCIConfig(config, 0, &byte, 1)) << "closed";
     int readOnly = hardware.openPCIConfig(1, 2, 3, O_RDONLY);
     EXPECT_FALSE(hardware.writePCIConfig(readOnly, 0x44, &byte, 1));
+
+    machine.writePort(0xCF8, 4, configAddress(1, 2, 3, 0));
+    EXPECT_EQ(0x24321077u, machine.readPort(0xCFC, 4));
+    EXPECT_EQ(0x24u, machine.readPort(0xCFF, 1));
+    machine.writePort(0xCF8, 4, configAddress(1, 2, 3, 0) & 0x7FFFFFFF);
+    EXPECT_EQ(0xFFFFFFFFu, machine.readPort(0xCFC, 4)) << "enable bit clear";
+    EXPECT_EQ(0xFFu, machine.readPort(0x80, 1)) << "nothing else answers";
 }
 
 TEST(SimulatedHardware, MappingsShareTheMemoryWithTheProtectionAskedFor)
@@ -160,16 +167,4 @@ TEST(SimulatedHardware, TheBackendIsChosenOnceForTheProcess)
             return 0;
         });
     EXPECT_EQ(0, status);
-}
-
-TEST(SimulatedHardware, TheHostBridgeAnswersOnlyWhileConfigurationAccessIsEnabled)
-{
-    Sim::Machine machine;
-    machine.addFunction({1, 2, 3}, 0x1077, 0x2432, 0x0C, 0x04);
-    machine.writePort(0xCF8, 4, configAddress(1, 2, 3, 0));
-    EXPECT_EQ(0x24321077u, machine.readPort(0xCFC, 4));
-    EXPECT_EQ(0x24u, machine.readPort(0xCFF, 1));
-    machine.writePort(0xCF8, 4, configAddress(1, 2, 3, 0) & 0x7FFFFFFF);
-    EXPECT_EQ(0xFFFFFFFFu, machine.readPort(0xCFC, 4)) << "enable bit clear";
-    EXPECT_EQ(0xFFu, machine.readPort(0x80, 1)) << "nothing else answers";
 }

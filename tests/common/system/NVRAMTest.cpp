@@ -35,7 +35,7 @@ Sim::Machine& serverWithController(Sim::Machine& machine)
 }
 } // namespace
 
-TEST(NVRAM, ProbeFindsTheControllerAndLeavesItAsFound)
+TEST(NVRAM, ProbeLocksReadsAndWritesOnTheController)
 {
     Sim::Machine machine;
     auto check = [](Sim::Machine& machine)
@@ -66,17 +66,7 @@ TEST(NVRAM, ProbeFindsTheControllerAndLeavesItAsFound)
         EXPECT_FALSE(controller.semaphoreHeld());
         EXPECT_EQ(1u + 5u, writesTo(controller, 0xE1).size())
             << "each access released the semaphore";
-    };
-    onSimulatedServer(serverWithController(machine), check);
-}
 
-TEST(NVRAM, NestedLocksTouchTheHardwareOnceAndAFailedAccessKeepsItHeld)
-{
-    Sim::Machine machine;
-    auto check = [](Sim::Machine& machine)
-    {
-        ASSERT_TRUE(NVRAM::Supported());
-        Sim::NvramController& controller = controllerOf(machine);
         EXPECT_FALSE(NVRAM::UnlockSemaphore()) << "nothing held";
         ASSERT_TRUE(NVRAM::LockSemaphore());
         unsigned long afterFirst = machine.bridge().accesses();
@@ -87,24 +77,14 @@ TEST(NVRAM, NestedLocksTouchTheHardwareOnceAndAFailedAccessKeepsItHeld)
         EXPECT_TRUE(NVRAM::UnlockSemaphore());
         EXPECT_FALSE(controller.semaphoreHeld());
 
-        unsigned char byte = 0;
         EXPECT_FALSE(NVRAM::Read(0x100, byte)) << "no such configuration register";
         EXPECT_TRUE(controller.semaphoreHeld());
-    };
-    onSimulatedServer(serverWithController(machine), check);
-}
 
-TEST(NVRAM, SemaphoreHeldByFirmwareIsGivenUpAfterFiveSeconds)
-{
-    Sim::Machine machine;
-    auto check = [](Sim::Machine& machine)
-    {
-        ASSERT_TRUE(NVRAM::Supported());
-        Sim::NvramController& controller = controllerOf(machine);
+        EXPECT_TRUE(NVRAM::UnlockSemaphore());
+
+        // A semaphore held by the firmware is given up after five seconds.
         controller.holdByFirmware();
-
         std::uint64_t start = machine.clock().now();
-        unsigned char byte = 0;
         EXPECT_FALSE(NVRAM::Read(0x94, byte));
         std::uint64_t waited = machine.clock().now() - start;
         EXPECT_GE(waited, 5000000u);

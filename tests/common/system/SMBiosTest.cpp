@@ -42,20 +42,12 @@ struct Decoded
 };
 } // namespace
 
-TEST(SMBios, GettersAnswerFromStandardAndOemRecords)
+// The summary's getters are checked through hardware.nsp.
+TEST(SMBios, RecordsAndStringsOfTheTable)
 {
     Decoded decoded(fullServer());
     SMBios const& smbios = decoded.smbios;
     ASSERT_TRUE(smbios.supported());
-    EXPECT_EQ("P56", str(smbios.GetROMName()));
-    EXPECT_EQ("02/14/2011", str(smbios.GetROMDate()));
-    EXPECT_EQ("11/30/2010", str(smbios.GetRedundantROMDate()));
-    EXPECT_EQ("Corvane Quillon 2U", str(smbios.GetProductName()));
-    EXPECT_EQ("CZ1234ABCD", str(smbios.GetSerialNumber()));
-    EXPECT_EQ("ASSET-0042", str(smbios.GetAssetTag()));
-    EXPECT_EQ("ZR0A0725", str(smbios.GetSystemID()));
-    EXPECT_EQ("0725", str(smbios.GetServerID()));
-    EXPECT_EQ("4096", str(smbios.GetTotalRAM()));
     EXPECT_EQ("Kestrel", str(smbios.GetProcessorManufacturer()));
 
     unsigned char* system = smbios.GetRecordByType(1);
@@ -93,11 +85,9 @@ TEST(SMBios, DerivedValuesAndTheirDefaults)
                                      .processor("Empty", 3, 0x00)
                                      .processor("AMD", 3, 0x41))
                              .smbios.GetProcessorManufacturer()));
-    Decoded bare(Sim::SmbiosBuilder().bios("V", "A", "D").systemId("ABC"));
-    EXPECT_EQ("unknown", str(bare.smbios.GetProcessorManufacturer()));
-    EXPECT_EQ("0", str(bare.smbios.GetTotalRAM()));
-    EXPECT_EQ("", str(bare.smbios.GetAssetTag()));
-    EXPECT_EQ("", str(bare.smbios.GetServerID())) << "the server id needs four characters";
+    // The other defaults are checked through hardware.nsp.
+    EXPECT_EQ("unknown", str(Decoded(Sim::SmbiosBuilder().bios("V", "A", "D"))
+                                 .smbios.GetProcessorManufacturer()));
 }
 
 TEST(SMBios, ABrokenTableEndsTheWalkAtTheFirstStructureThatDoesNotFit)
