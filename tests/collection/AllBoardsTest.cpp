@@ -1,6 +1,7 @@
 #include "collection/AllBoards.h"
 
-#include "tests/support/TempDir.h"
+#include "tests/support/Files.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -42,9 +43,9 @@ const char kDatabase[] = R"(<?xml version="1.0"?>
 
 TEST(AllBoards, DeviceNameIsTheLastNamedEntryOfTheFirstListOrTheCatchAllLabel)
 {
-    TestSupport::TempDir folder;
-    std::ofstream(folder.file("allboards.xml")) << kDatabase;
-    const Collection::AllBoards boards(folder.file("allboards.xml").c_str());
+    ScratchFolder folder;
+    std::ofstream(folder.path("allboards.xml")) << kDatabase;
+    const Collection::AllBoards boards(folder.path("allboards.xml").c_str());
     struct
     {
         unsigned short vendor, device;
@@ -64,6 +65,6 @@ TEST(AllBoards, DeviceNameIsTheLastNamedEntryOfTheFirstListOrTheCatchAllLabel)
     for (auto const& c : cases)
         EXPECT_EQ(c.name, std::string(boards.deviceName(c.vendor, c.device, c.subsystem).c_str()))
             << std::hex << c.vendor << ":" << c.device;
-    const Collection::AllBoards missing(folder.file("missing.xml").c_str());
+    const Collection::AllBoards missing(folder.path("missing.xml").c_str());
     EXPECT_EQ(kUnnamed, std::string(missing.deviceName(0x1A00, 0x0100, 0).c_str()));
 }

@@ -5,7 +5,8 @@
 
 #include "ExpectedFiles.h"
 #include "collection/Unattend.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Files.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +41,6 @@ Answers const newerFamilyFull = {
     {"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}, {"WMIEnabled", "Yes"}, {"Rotate", "1"}};
 // clang-format on
 
-using TestSupport::TempDir;
 
 // The page parameters of one request; absent ones read as empty.
 struct Query
@@ -82,13 +82,13 @@ inline void expectSameDocument(std::string const& actual, std::string const& wan
 // Writes the answers for `os` through Unattend and returns the file's bytes.
 inline std::string render(Collection::Unattend::EnUnattendOS os, Answers const& answers)
 {
-    TempDir dir;
+    ScratchFolder dir;
     Collection::Unattend unattend;
     unattend.Load(os);
     for (auto const& answer : answers)
         unattend.Set(answer.first.c_str(), answer.second.c_str());
-    EXPECT_TRUE(unattend.writeToFile(dir.file("answers").c_str()));
-    return readFile(dir.file("answers"));
+    EXPECT_TRUE(unattend.writeToFile(dir.path("answers").c_str()));
+    return readFile(dir.path("answers"));
 }
 
 inline bool hasLine(std::string const& document, std::string const& line)

@@ -2,7 +2,8 @@
 
 // The expected outputs checked in under expected/.
 
-#include "tests/support/TempDir.h"
+#include "tests/support/Files.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <string>
 

@@ -22,8 +22,8 @@ char page(std::string const& platform, Answers const& parameters, std::string co
 // older family's file.
 TEST(UnattendPage, EachPlatformWritesItsFamilysFile)
 {
-    TempDir dir;
-    std::string file = dir.file("answers");
+    ScratchFolder dir;
+    std::string file = dir.path("answers");
     const struct
     {
         char const* platform;
@@ -55,20 +55,20 @@ TEST(UnattendPage, EachPlatformWritesItsFamilysFile)
 
 TEST(UnattendPage, ReplacesAnExistingFileWithMode0644OrAnswersOne)
 {
-    TempDir dir;
-    std::string file = dir.file("answers");
+    ScratchFolder dir;
+    std::string file = dir.path("answers");
     std::ofstream(file) << std::string(20000, 'x');
     mode_t previous = umask(022);
     EXPECT_EQ(page("W2K3", {}, file), '0');
-    EXPECT_EQ(page("W2K3", {}, dir.file("fresh")), '0');
+    EXPECT_EQ(page("W2K3", {}, dir.path("fresh")), '0');
     umask(previous);
     expectSameDocument(readFile(file), expected("text-empty.txt"));
     struct stat info;
-    ASSERT_EQ(stat(dir.file("fresh").c_str(), &info), 0);
+    ASSERT_EQ(stat(dir.path("fresh").c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0644u);
 
     EXPECT_EQ(page("W2K8", {}, dir.path()), '1');
-    EXPECT_EQ(page("W2K3", {}, dir.file("missing/answers")), '1');
+    EXPECT_EQ(page("W2K3", {}, dir.path("missing/answers")), '1');
     EXPECT_EQ(page("W2K3", {}, ""), '1');
-    EXPECT_NE(stat(dir.file("missing").c_str(), &info), 0);
+    EXPECT_NE(stat(dir.path("missing").c_str(), &info), 0);
 }

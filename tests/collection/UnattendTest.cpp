@@ -23,14 +23,14 @@ TEST(Unattend, LoadForgetsEarlierAnswersAndWritingAgainGivesTheSameFile)
 {
     for (auto os : {Unattend::W2K3, Unattend::W2K8})
     {
-        TempDir dir;
+        ScratchFolder dir;
         Unattend unattend;
         unattend.Set("ComputerName", "SRV01");
         unattend.Load(os == Unattend::W2K3 ? Unattend::W2K8 : Unattend::W2K3);
         unattend.Load(os);
-        ASSERT_TRUE(unattend.writeToFile(dir.file("answers").c_str()));
-        ASSERT_TRUE(unattend.writeToFile(dir.file("answers").c_str()));
-        expectSameDocument(readFile(dir.file("answers")),
+        ASSERT_TRUE(unattend.writeToFile(dir.path("answers").c_str()));
+        ASSERT_TRUE(unattend.writeToFile(dir.path("answers").c_str()));
+        expectSameDocument(readFile(dir.path("answers")),
                            expected(os == Unattend::W2K3 ? "text-empty.txt" : "xml-empty-x86.xml"));
     }
 }

@@ -14,9 +14,9 @@ char const xmllint[] = "/usr/bin/xmllint";
 
 bool wellFormed(std::string const& document)
 {
-    TempDir dir;
-    std::ofstream(dir.file("answers.xml"), std::ios::binary) << document;
-    return std::system((std::string(xmllint) + " --noout '" + dir.file("answers.xml") + "'").c_str()) == 0;
+    ScratchFolder dir;
+    std::ofstream(dir.path("answers.xml"), std::ios::binary) << document;
+    return std::system((std::string(xmllint) + " --noout '" + dir.path("answers.xml") + "'").c_str()) == 0;
 }
 
 std::string xml(Answers const& answers)

@@ -88,18 +88,6 @@ void putContent(const std::string& name, const std::string& bytes)
     EXPECT_TRUE(writeFile(path.string(), bytes)) << path;
 }
 
-bool writeFile(const std::string& path, const std::string& bytes)
-{
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    return static_cast<bool>(out << bytes);
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 Answer get(const std::string& url, const std::string& method)
 {
     const char* request[ZRAPP_REQUEST_SLOTS] = {url.c_str(), "", "", method.c_str()};

@@ -8,6 +8,7 @@
 // machine in a child, so it must make no request in the parent, and needs a
 // process in which no earlier test made one (ctest runs each test alone).
 
+#include "tests/support/Files.h"
 #include "tests/support/PageRun.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -20,8 +21,6 @@ const std::string& hostFolder();    // with a final "/"
 const std::string& contentFolder(); // with a final "/", as in the configuration
 // A file in the content folder, written now; folders are created.
 void putContent(const std::string& name, const std::string& bytes);
-bool writeFile(const std::string& path, const std::string& bytes);
-std::string readFile(const std::string& path); // empty if it cannot be read
 
 struct Answer
 {
