@@ -22,13 +22,6 @@ struct OpenRom
     int status;
 };
 
-RomCallRegisters zeroed()
-{
-    RomCallRegisters block;
-    std::memset(&block, 0, sizeof block);
-    return block;
-}
-
 // A service that turns every register of the block into another value, so
 // that each one is seen going in and coming out.
 void scramble(RomCallRegisters& registers)
@@ -46,7 +39,7 @@ void scramble(RomCallRegisters& registers)
 RomCallRegisters scrambledCall(rominfo_t& rom, std::uint32_t entry, int mode, std::uint32_t eax,
                                int& status)
 {
-    RomCallRegisters block = zeroed();
+    RomCallRegisters block = {};
     block.eax = eax;
     block.ebx = 0x22222222;
     block.ecx = 0x33333333;
@@ -90,6 +83,8 @@ TEST(RomCall, RunsTheRomsCodeWithEveryRegisterInAndOutAndPeeksOnlyWithinTheRom)
                           RomCallRegisters out = scrambledCall(rom.info, 0xE3100, 1, 0x11110100, status);
                           EXPECT_EQ(1u, out.eflags & 1u);
                           EXPECT_EQ(-0x22, status) << "carry turns the status negative";
+                          scrambledCall(rom.info, 0xE3004, 2, 0x11110011, status);
+                          EXPECT_EQ(-0x86, status) << "no service there";
 
                           unsigned char bytes[32];
                           std::memset(bytes, 0x5A, sizeof bytes);

@@ -119,38 +119,6 @@ TEST(SimulatedHardware, MappingsShareTheMemoryWithTheProtectionAskedFor)
     EXPECT_EQ(42, status) << "a write through a read-only mapping faults, as on a server";
 }
 
-TEST(SimulatedHardware, RomCallsReachServicesAtTheirEntryOnly)
-{
-    Sim::Machine machine;
-    machine.addRomService(0xE1000, Sim::RomReturn::FarCall,
-                          [](RomCallRegisters& registers)
-                          {
-                              registers.ebx = 2;
-                              registers.eax &= 0xFFFF00FF;
-                          });
-    Sim::SimulatedHardware hardware(machine);
-    int memory = hardware.openMemory(true);
-    auto* rom =
-        static_cast<std::uint8_t*>(hardware.mapMemory(memory, 0xA0000, 0x60000, true, true));
-    ASSERT_NE(nullptr, rom);
-
-    RomCallRegisters registers = {};
-    registers.eax = 0xB101;
-    hardware.raiseIOPrivilege();
-    hardware.callROM(registers, rom + (0xE1000 - 0xA0000), 2);
-    EXPECT_EQ(2u, registers.ebx);
-    EXPECT_EQ(0, registers.ah());
-    EXPECT_EQ(0u, registers.eflags & 1);
-
-    hardware.callROM(registers, rom + (0xE1004 - 0xA0000), 2);
-    EXPECT_EQ(0x86, registers.ah()) << "no service there";
-    EXPECT_EQ(1u, registers.eflags & 1);
-
-    EXPECT_TRUE(hardware.unmapMemory(rom, 0x60000));
-    EXPECT_TRUE(hardware.closeMemory(memory));
-    EXPECT_EQ(0u, hardware.openMemoryHandles());
-}
-
 TEST(SimulatedHardware, TheBackendIsChosenOnceForTheProcess)
 {
     Sim::Machine machine;
