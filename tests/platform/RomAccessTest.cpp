@@ -1,12 +1,13 @@
 #include "platform/RomAccess.h"
 
 #include "sim/RomServices.h"
-#include "tests/support/CapturedStandardError.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <cstring>
 #include <string>
 
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
 namespace Rom = Sim::RomServices;
 
 namespace
@@ -143,11 +144,11 @@ TEST(RomCall, AnEntryPointAboveOneMegabyteIsRejectedWithItsMessage)
     onSimulatedServer(machine,
                       [](Sim::Machine&)
                       {
-                          CapturedStandardError captured;
+                          CaptureStderr();
                           OpenRom rom(ROMCALL_NO_EV | ROMCALL_NO_PCI);
                           EXPECT_EQ(nullptr, find_ev_call(&rom.info));
                           EXPECT_EQ("rom_call returned invalid entry point 0x100010\n",
-                                    captured.text());
+                                    GetCapturedStderr());
                       });
 }
 
@@ -161,13 +162,13 @@ TEST(RomCall, InitReportsWhatFailedAndFiniReleasesEverything)
         onSimulatedServer(*machine,
                           [](Sim::Machine& server)
                           {
-                              CapturedStandardError captured;
+                              CaptureStderr();
                               rominfo_t info = {};
                               EXPECT_EQ(-1, romcall_init(&info, 0));
                               EXPECT_EQ(0, romcall_fini(&info));
-                              EXPECT_EQ(0u, captured.text().find(server.faults().noPhysicalMemory
-                                                                     ? "opening /dev/mem: "
-                                                                     : "mmaping /dev/mem: "));
+                              EXPECT_EQ(0u, GetCapturedStderr().find(server.faults().noPhysicalMemory
+                                                                         ? "opening /dev/mem: "
+                                                                         : "mmaping /dev/mem: "));
                               EXPECT_EQ(0, info.fd);
                           });
 
@@ -175,7 +176,7 @@ TEST(RomCall, InitReportsWhatFailedAndFiniReleasesEverything)
     onSimulatedServer(unsigned_,
                       [](Sim::Machine&)
                       {
-                          CapturedStandardError captured;
+                          CaptureStderr();
                           rominfo_t info = {};
                           EXPECT_EQ(-1, romcall_init(&info, 0));
                           EXPECT_NE(nullptr, info.base) << "left for romcall_fini";
@@ -183,6 +184,6 @@ TEST(RomCall, InitReportsWhatFailedAndFiniReleasesEverything)
                           EXPECT_EQ(0, romcall_fini(&info));
                           EXPECT_EQ(nullptr, info.base);
                           EXPECT_EQ(0, romcall_fini(&info)) << "a zeroed block is left alone";
-                          EXPECT_EQ("Not a ZR Corvane Server!\n", captured.text());
+                          EXPECT_EQ("Not a ZR Corvane Server!\n", GetCapturedStderr());
                       });
 }

@@ -2,12 +2,13 @@
 #include "platform/ProcPCI.h"
 
 #include "sim/RomServices.h"
-#include "tests/support/CapturedStandardError.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <cstring>
 
 using Common::System::PCI;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
 
 namespace
 {
@@ -103,11 +104,11 @@ TEST(RomRoutingTable, NoneWithoutTheMakersRom)
     onSimulatedServer(machine,
                       [](Sim::Machine&)
                       {
-                          CapturedStandardError captured;
+                          CaptureStderr();
                           int count = 4;
                           EXPECT_EQ(-1, pci_irq_route_table(nullptr, &count));
                           EXPECT_EQ(-1, pci_irq_route_table(nullptr, &count));
-                          EXPECT_EQ("Not a ZR Corvane Server!\n", captured.text())
+                          EXPECT_EQ("Not a ZR Corvane Server!\n", GetCapturedStderr())
                               << "the ROM is set up once";
                       });
 }

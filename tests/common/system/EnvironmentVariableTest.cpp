@@ -2,13 +2,14 @@
 #include "common/system/RomSignature.h"
 
 #include "sim/RomServices.h"
-#include "tests/support/CapturedStandardError.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <string>
 #include <vector>
 
 using Common::EnvironmentVariable;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
 namespace Rom = Sim::RomServices;
 
 namespace
@@ -107,13 +108,13 @@ TEST(EnvironmentVariable, SupportedOnlyWithTheSignatureVariablesPciBiosAndPrivil
     onSimulatedServer(unsignedRom,
                       [](Sim::Machine&)
                       {
-                          CapturedStandardError captured;
+                          CaptureStderr();
                           EXPECT_FALSE(EnvironmentVariable::supported());
                           bool ok = true;
                           readText("RXHIPL", ok);
                           EXPECT_FALSE(ok);
                           EXPECT_TRUE(listed().empty());
-                          EXPECT_EQ("Not a ZR Corvane Server!\n", captured.text())
+                          EXPECT_EQ("Not a ZR Corvane Server!\n", GetCapturedStderr())
                               << "printed once: the answer is kept";
                           EXPECT_FALSE(IsVelmarServer());
                       });
@@ -143,9 +144,9 @@ TEST(EnvironmentVariable, SupportedOnlyWithTheSignatureVariablesPciBiosAndPrivil
     onSimulatedServer(noPrivilege,
                       [](Sim::Machine& server)
                       {
-                          CapturedStandardError captured;
+                          CaptureStderr();
                           EXPECT_FALSE(EnvironmentVariable::supported());
                           EXPECT_EQ(0u, server.environment().calls());
-                          EXPECT_NE(std::string::npos, captured.text().find("iopl(3): "));
+                          EXPECT_NE(std::string::npos, GetCapturedStderr().find("iopl(3): "));
                       });
 }
