@@ -107,9 +107,7 @@ TEST(ProcPCI, ConfigurationFilesAreReadAndWrittenExactlyOnTheFunction)
             EXPECT_EQ(0xA5A50F0Fu, dword);
             EXPECT_EQ(-1, pci_write_config_byte(4, 0, 0, 0x40, 0x56));
 
-            int fd = pci_open(0, 2, 0, O_RDONLY);
-            EXPECT_GE(fd, 0);
-            EXPECT_EQ(0, pci_close(fd));
+            EXPECT_EQ(0, pci_close(pci_open(0, 2, 0, O_RDONLY)));
         });
 }
 

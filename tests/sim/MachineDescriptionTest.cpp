@@ -6,19 +6,12 @@
 #include "common/system/PCI.h"
 #include "common/system/SMBios.h"
 #include "tests/support/SimulatedServer.h"
+#include "tests/support/Text.h"
 
 #include <array>
 #include <string>
 
 using Common::System::PCI;
-
-namespace
-{
-std::string str(Common::string const& s)
-{
-    return std::string(s.c_str(), s.size());
-}
-} // namespace
 
 TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
 {
@@ -30,7 +23,7 @@ TEST(MachineDescription, SampleServerLoadsAndAnswersTheModule)
     onSimulatedServer(machine,
                       [](Sim::Machine&)
                       {
-                          EXPECT_EQ("16384", str(Common::System::SMBios().GetTotalRAM()));
+                          EXPECT_EQ("16384", text(Common::System::SMBios().GetTotalRAM()));
                           EXPECT_TRUE(Common::System::NVRAM::Supported());
                           PCI::_PCI_ADDRESS fibreChannel = {4, 0, 0, 0};
                           unsigned char slot = 0;

@@ -2,6 +2,7 @@
 
 #include "tests/support/SimulatedServer.h"
 
+#include <algorithm>
 #include <vector>
 
 using Common::System::NVRAM;
@@ -13,16 +14,6 @@ const Sim::PciLocation kController = {0, 5, 0};
 Sim::NvramController& controllerOf(Sim::Machine& machine)
 {
     return dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kController));
-}
-
-std::vector<Sim::RegisterWrite> writesTo(Sim::NvramController const& controller,
-                                         std::uint8_t offset)
-{
-    std::vector<Sim::RegisterWrite> found;
-    for (Sim::RegisterWrite const& write : controller.writes())
-        if (write.offset == offset)
-            found.push_back(write);
-    return found;
 }
 
 Sim::Machine& serverWithController(Sim::Machine& machine)
@@ -64,8 +55,10 @@ TEST(NVRAM, ProbeLocksReadsAndWritesOnTheController)
         EXPECT_EQ(0xCAFE, word);
         EXPECT_EQ(0xCAFEF00Du, dword);
         EXPECT_FALSE(controller.semaphoreHeld());
-        EXPECT_EQ(1u + 5u, writesTo(controller, 0xE1).size())
-            << "each access released the semaphore";
+        auto const& writes = controller.writes();
+        auto releases = std::count_if(writes.begin(), writes.end(),
+                                      [](Sim::RegisterWrite const& w) { return w.offset == 0xE1; });
+        EXPECT_EQ(1 + 5, releases) << "each access released the semaphore";
 
         EXPECT_FALSE(NVRAM::UnlockSemaphore()) << "nothing held";
         ASSERT_TRUE(NVRAM::LockSemaphore());

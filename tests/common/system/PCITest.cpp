@@ -11,13 +11,6 @@ namespace
 {
 typedef std::tuple<int, int, int> Location;
 
-PCI::_PCI_ADDRESS address(int bus, int device, int function)
-{
-    PCI::_PCI_ADDRESS at = {static_cast<unsigned char>(bus), static_cast<unsigned char>(device),
-                            static_cast<unsigned char>(function), 0};
-    return at;
-}
-
 std::vector<Location> enumerateAll()
 {
     std::vector<Location> found;
@@ -44,21 +37,11 @@ TEST(PCI, EnumerationVisitsEveryPresentFunctionOnceInOrderAcrossBuses)
         std::vector<Location> expected = {{0, 0, 0}, {0, 2, 1},    {0, 2, 5},    {0, 0x1E, 0},
                                           {3, 1, 0}, {0x80, 2, 0}, {0xFF, 31, 7}};
         EXPECT_EQ(expected, enumerateAll());
-
-        PCI::_PCI_ADDRESS at;
-        EXPECT_TRUE(PCI::InitializeEnumerate(at));
-        EXPECT_EQ(-128, at.flags);
-        ASSERT_TRUE(PCI::EnumerateDevice(at));
-        EXPECT_EQ(0, at.bus);
-        EXPECT_EQ(0, at.device);
-        EXPECT_EQ(0, at.function);
-        EXPECT_EQ(0, at.flags) << "the marker is cleared by the first step";
     };
     onSimulatedServer(machine, check);
 
     Sim::Machine empty;
-    auto checkEmpty = [](Sim::Machine&) { EXPECT_TRUE(enumerateAll().empty()); };
-    onSimulatedServer(empty, checkEmpty);
+    onSimulatedServer(empty, [](Sim::Machine&) { EXPECT_TRUE(enumerateAll().empty()); });
 }
 
 TEST(PCI, ConfigurationAccessAtEveryWidthThroughMechanismOne)
@@ -68,7 +51,8 @@ TEST(PCI, ConfigurationAccessAtEveryWidthThroughMechanismOne)
     // The identifiers' getters are checked through allstorage.nsp.
     auto check = [](Sim::Machine& machine)
     {
-        PCI::_PCI_ADDRESS hba = address(2, 3, 1);
+        PCI::_PCI_ADDRESS hba = {2, 3, 1, 0};
+        PCI::_PCI_ADDRESS absent = {2, 3, 2, 0};
         unsigned short vendor = 0;
         unsigned char byte = 0;
         unsigned int dword = 0;
@@ -77,7 +61,7 @@ TEST(PCI, ConfigurationAccessAtEveryWidthThroughMechanismOne)
         EXPECT_TRUE(PCI::Write(hba, 0x42, static_cast<unsigned short>(0xBEEF)));
         EXPECT_TRUE(PCI::Read(hba, 0x40, dword));
         EXPECT_EQ(0xBEEF3344u, dword);
-        EXPECT_TRUE(PCI::Read(address(2, 3, 2), 0x00, dword));
+        EXPECT_TRUE(PCI::Read(absent, 0x00, dword));
         EXPECT_EQ(0xFFFFFFFFu, dword) << "an absent function reads all ones";
 
         unsigned long before = machine.bridge().accesses();
@@ -109,11 +93,11 @@ TEST(PCI, SlotComesFromTheFirstFiftyRoutingEntriesThroughTheOutValueOnly)
             PCI::_PCI_ADDRESS at;
             unsigned char slot;
         } cases[] = {
-            {address(0, 3, 1), 1},   // the function is not compared
-            {address(1, 9, 0), 10},  //
-            {address(2, 17, 0), 50}, // line 50, the last one kept
-            {address(2, 20, 0), 0},  // line 53
-            {address(0, 5, 0), 0},   // unlisted
+            {{0, 3, 1, 0}, 1},   // the function is not compared
+            {{1, 9, 0, 0}, 10},  //
+            {{2, 17, 0, 0}, 50}, // line 50, the last one kept
+            {{2, 20, 0, 0}, 0},  // line 53
+            {{0, 5, 0, 0}, 0},   // unlisted
         };
         for (auto const& c : cases)
         {
@@ -128,8 +112,9 @@ TEST(PCI, SlotComesFromTheFirstFiftyRoutingEntriesThroughTheOutValueOnly)
     onSimulatedServer(noTable,
                       [](Sim::Machine&)
                       {
+                          PCI::_PCI_ADDRESS unlisted = {0, 4, 0, 0};
                           unsigned char slot = 99;
-                          EXPECT_FALSE(PCI::Slot(address(0, 4, 0), slot));
+                          EXPECT_FALSE(PCI::Slot(unlisted, slot));
                           EXPECT_EQ(255, slot);
                       });
 }

@@ -2,6 +2,7 @@
 #include "common/system/SMBiosEntryPoint.h"
 
 #include "tests/support/SimulatedServer.h"
+#include "tests/support/Text.h"
 
 #include <vector>
 
@@ -10,11 +11,6 @@ using Common::System::SMBiosEntryPoint;
 
 namespace
 {
-std::string str(Common::string const& s)
-{
-    return std::string(s.c_str(), s.size());
-}
-
 Sim::SmbiosBuilder fullServer()
 {
     Sim::SmbiosBuilder table;
@@ -48,15 +44,15 @@ TEST(SMBios, RecordsAndStringsOfTheTable)
     Decoded decoded(fullServer());
     SMBios const& smbios = decoded.smbios;
     ASSERT_TRUE(smbios.supported());
-    EXPECT_EQ("Kestrel", str(smbios.GetProcessorManufacturer()));
+    EXPECT_EQ("Kestrel", text(smbios.GetProcessorManufacturer()));
 
     unsigned char* system = smbios.GetRecordByType(1);
     ASSERT_NE(nullptr, system);
     EXPECT_EQ(1, system[0]);
-    EXPECT_EQ("Velmar", str(smbios.GetString(system, 1)));
-    EXPECT_EQ("", str(smbios.GetString(system, 0)));
-    EXPECT_EQ("", str(smbios.GetString(system, 4))) << "past the string set";
-    EXPECT_EQ("", str(smbios.GetString(system + 1000000, 1))) << "not inside the table";
+    EXPECT_EQ("Velmar", text(smbios.GetString(system, 1)));
+    EXPECT_EQ("", text(smbios.GetString(system, 0)));
+    EXPECT_EQ("", text(smbios.GetString(system, 4))) << "past the string set";
+    EXPECT_EQ("", text(smbios.GetString(system + 1000000, 1))) << "not inside the table";
     EXPECT_EQ(nullptr, smbios.GetRecordByType(2));
 
     Decoded memory(Sim::SmbiosBuilder().memoryDevice(1024).bios("V", "A", "D").memoryDevice(2048).memoryDevice(8192));
@@ -72,7 +68,7 @@ TEST(SMBios, DerivedValuesAndTheirDefaults)
 {
     // Total RAM skips flash, drops bit 15 and counts an unknown size as its value.
     EXPECT_EQ(std::to_string(4096 + 2048 + 32767),
-              str(Decoded(Sim::SmbiosBuilder()
+              text(Decoded(Sim::SmbiosBuilder()
                               .memoryDevice(4096)
                               .memoryDevice(0x8000 | 2048) // kilobyte granularity, taken as megabytes
                               .memoryDevice(0xFFFF)        // unknown size
@@ -80,13 +76,13 @@ TEST(SMBios, DerivedValuesAndTheirDefaults)
                               .memoryDevice(0))
                       .smbios.GetTotalRAM()));
     // The processor maker is that of the first populated central processor.
-    EXPECT_EQ("AMD", str(Decoded(Sim::SmbiosBuilder()
+    EXPECT_EQ("AMD", text(Decoded(Sim::SmbiosBuilder()
                                      .processor("Math Co", 4, 0x41)
                                      .processor("Empty", 3, 0x00)
                                      .processor("AMD", 3, 0x41))
                              .smbios.GetProcessorManufacturer()));
     // The other defaults are checked through hardware.nsp.
-    EXPECT_EQ("unknown", str(Decoded(Sim::SmbiosBuilder().bios("V", "A", "D"))
+    EXPECT_EQ("unknown", text(Decoded(Sim::SmbiosBuilder().bios("V", "A", "D"))
                                  .smbios.GetProcessorManufacturer()));
 }
 
@@ -98,27 +94,27 @@ TEST(SMBios, ABrokenTableEndsTheWalkAtTheFirstStructureThatDoesNotFit)
     int biosOnly = static_cast<int>(Sim::SmbiosBuilder().bios("V", "P56", "D").table().size());
 
     Decoded stringsCut(table, withoutLast + 7);
-    EXPECT_EQ("Corvane", str(stringsCut.smbios.GetProductName()));
+    EXPECT_EQ("Corvane", text(stringsCut.smbios.GetProductName()));
     EXPECT_EQ(nullptr, stringsCut.smbios.GetRecordByType(195));
     Decoded headerCut(table, biosOnly + 8);
-    EXPECT_EQ("P56", str(headerCut.smbios.GetROMName()));
-    EXPECT_EQ("", str(headerCut.smbios.GetProductName()));
+    EXPECT_EQ("P56", text(headerCut.smbios.GetROMName()));
+    EXPECT_EQ("", text(headerCut.smbios.GetProductName()));
     Decoded counted(table, -1, 2);
-    EXPECT_EQ("SN1", str(counted.smbios.GetSerialNumber()));
-    EXPECT_EQ("", str(counted.smbios.GetSystemID()));
+    EXPECT_EQ("SN1", text(counted.smbios.GetSerialNumber()));
+    EXPECT_EQ("", text(counted.smbios.GetSystemID()));
 
     // A formatted area shorter than its header, or longer than the table; a
     // string set without its closing zeros; a field beyond a short area.
-    EXPECT_EQ("", str(Decoded(Sim::SmbiosBuilder().bios("V", "P56", "D").raw({1, 2, 0, 0, 0, 0}).systemId("ZR0A0725"))
+    EXPECT_EQ("", text(Decoded(Sim::SmbiosBuilder().bios("V", "P56", "D").raw({1, 2, 0, 0, 0, 0}).systemId("ZR0A0725"))
                           .smbios.GetSystemID()));
     EXPECT_EQ(nullptr,
               Decoded(Sim::SmbiosBuilder().raw({195, 0xF0, 0, 0, 1, 'x', 0, 0})).smbios.GetRecordByType(195));
-    EXPECT_EQ("", str(Decoded(Sim::SmbiosBuilder().raw({195, 5, 0, 0, 1, 'Z', 'R', '0', '7'}))
+    EXPECT_EQ("", text(Decoded(Sim::SmbiosBuilder().raw({195, 5, 0, 0, 1, 'Z', 'R', '0', '7'}))
                           .smbios.GetServerID()));
     std::vector<std::uint8_t> upToStatus(20, 0); // ends just before the status at 0x18
     upToStatus[1] = 3;                           // a central processor
     upToStatus[3] = 1;                           // its maker: string 1
-    EXPECT_EQ("unknown", str(Decoded(Sim::SmbiosBuilder().structure(4, upToStatus, {"Kestrel"}))
+    EXPECT_EQ("unknown", text(Decoded(Sim::SmbiosBuilder().structure(4, upToStatus, {"Kestrel"}))
                                  .smbios.GetProcessorManufacturer()))
         << "the status would be the string's first byte";
 }
@@ -148,15 +144,15 @@ TEST(SMBios, TableFoundInMemoryOrNotSupported)
     machine.installSmbios(fullServer(), placement);
     onSimulatedServer(machine,
                       [](Sim::Machine&)
-                      { EXPECT_EQ("CZ1234ABCD", str(SMBios().GetSerialNumber())); });
+                      { EXPECT_EQ("CZ1234ABCD", text(SMBios().GetSerialNumber())); });
 
     auto expectNotSupported = [](Sim::Machine&)
     {
         SMBios smbios;
         EXPECT_FALSE(smbios.supported());
-        EXPECT_EQ("", str(smbios.GetROMName()));
-        EXPECT_EQ("0", str(smbios.GetTotalRAM()));
-        EXPECT_EQ("unknown", str(smbios.GetProcessorManufacturer()));
+        EXPECT_EQ("", text(smbios.GetROMName()));
+        EXPECT_EQ("0", text(smbios.GetTotalRAM()));
+        EXPECT_EQ("unknown", text(smbios.GetProcessorManufacturer()));
         EXPECT_EQ(nullptr, smbios.GetRecordByType(0));
     };
     Sim::Machine noDevMem;
