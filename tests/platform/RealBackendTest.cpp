@@ -44,6 +44,7 @@ TEST(RealBackend, WithoutPrivilegesFindsNoSmbiosAndNoPciFunction)
               output.find("/proc/self entries: " + std::to_string(entries) + "\n"))
         << output;
     std::size_t devices = readFile("/proc/devices").size();
-    EXPECT_NE(std::string::npos, output.find("/proc/devices: " + std::to_string(devices) + " bytes\n"))
+    EXPECT_NE(std::string::npos,
+              output.find("/proc/devices: " + std::to_string(devices) + " bytes\n"))
         << output;
 }

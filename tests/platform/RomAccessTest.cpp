@@ -166,9 +166,10 @@ TEST(RomCall, InitReportsWhatFailedAndFiniReleasesEverything)
                               rominfo_t info = {};
                               EXPECT_EQ(-1, romcall_init(&info, 0));
                               EXPECT_EQ(0, romcall_fini(&info));
-                              EXPECT_EQ(0u, GetCapturedStderr().find(server.faults().noPhysicalMemory
-                                                                         ? "opening /dev/mem: "
-                                                                         : "mmaping /dev/mem: "));
+                              char const* failed = server.faults().noPhysicalMemory
+                                                       ? "opening /dev/mem: "
+                                                       : "mmaping /dev/mem: ";
+                              EXPECT_EQ(0u, GetCapturedStderr().find(failed));
                               EXPECT_EQ(0, info.fd);
                           });
 

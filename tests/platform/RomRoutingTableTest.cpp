@@ -25,12 +25,6 @@ Sim::Machine& romWithRoutes(Sim::Machine& machine)
     machine.addRomRoute({{0, 3, 0}, 2, 0x62, 0x0C20});
     return machine;
 }
-
-PCI::_PCI_ADDRESS at(unsigned char bus, unsigned char device)
-{
-    PCI::_PCI_ADDRESS address = {bus, device, 0, 0};
-    return address;
-}
 } // namespace
 
 TEST(RomRoutingTable, FetchedOnceFromThePciBiosAndCoversDevicesBehindBridges)
@@ -54,10 +48,11 @@ TEST(RomRoutingTable, FetchedOnceFromThePciBiosAndCoversDevicesBehindBridges)
                           EXPECT_EQ(0, table[2].devfn);
                           EXPECT_EQ(2, table[2].slot);
 
+                          PCI::_PCI_ADDRESS behindBridge = {4, 0, 0, 0}, embedded = {0, 31, 0, 0};
                           unsigned char slot = 99;
-                          EXPECT_FALSE(PCI::Slot(at(4, 0), slot));
+                          EXPECT_FALSE(PCI::Slot(behindBridge, slot));
                           EXPECT_EQ(2, slot);
-                          EXPECT_FALSE(PCI::Slot(at(0, 31), slot));
+                          EXPECT_FALSE(PCI::Slot(embedded, slot));
                           EXPECT_EQ(0, slot) << "embedded";
 
                           _PCIIRQROUTENTRY copy[2];
@@ -87,8 +82,9 @@ TEST(RomRoutingTable, ATableTooBigForTheBufferIsAFailureKeptForTheProcess)
                       {
                           int count = 4;
                           EXPECT_EQ(-1, copy_irq_route_table_from_rom_internal(nullptr, &count));
+                          PCI::_PCI_ADDRESS at = {0, 5, 0, 0};
                           unsigned char slot = 0;
-                          PCI::Slot(at(0, 5), slot);
+                          PCI::Slot(at, slot);
                           EXPECT_EQ(255, slot) << "no table at all";
                       });
 }

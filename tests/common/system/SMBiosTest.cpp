@@ -146,24 +146,21 @@ TEST(SMBios, TableFoundInMemoryOrNotSupported)
                       [](Sim::Machine&)
                       { EXPECT_EQ("CZ1234ABCD", text(SMBios().GetSerialNumber())); });
 
-    auto expectNotSupported = [](Sim::Machine&)
-    {
-        SMBios smbios;
-        EXPECT_FALSE(smbios.supported());
-        EXPECT_EQ("", text(smbios.GetROMName()));
-        EXPECT_EQ("0", text(smbios.GetTotalRAM()));
-        EXPECT_EQ("unknown", text(smbios.GetProcessorManufacturer()));
-        EXPECT_EQ(nullptr, smbios.GetRecordByType(0));
-    };
-    Sim::Machine noDevMem;
+    Sim::Machine noDevMem, noAnchor, tableOutsideMemory;
     noDevMem.installSmbios(fullServer());
     noDevMem.faults().noPhysicalMemory = true;
-    onSimulatedServer(noDevMem, expectNotSupported);
-    Sim::Machine noAnchor;
-    onSimulatedServer(noAnchor, expectNotSupported);
-    Sim::Machine tableOutsideMemory;
     Sim::EntryPointPlacement outside;
     outside.table = 0x7FFF0000;
     tableOutsideMemory.installSmbios(fullServer(), outside);
-    onSimulatedServer(tableOutsideMemory, expectNotSupported);
+    for (auto* notSupported : {&noDevMem, &noAnchor, &tableOutsideMemory})
+        onSimulatedServer(*notSupported,
+                          [](Sim::Machine&)
+                          {
+                              SMBios smbios;
+                              EXPECT_FALSE(smbios.supported());
+                              EXPECT_EQ("", text(smbios.GetROMName()));
+                              EXPECT_EQ("0", text(smbios.GetTotalRAM()));
+                              EXPECT_EQ("unknown", text(smbios.GetProcessorManufacturer()));
+                              EXPECT_EQ(nullptr, smbios.GetRecordByType(0));
+                          });
 }
