@@ -10,12 +10,11 @@ using Common::System::PCI;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
-namespace
+TEST(RomRoutingTable, FetchedOnceFromThePciBiosAndCoversDevicesBehindBridges)
 {
-// A ROM whose routing table lists a slot bridge and an embedded device; a
-// disk controller sits behind the bridge, and there is no "/proc/vlmpci".
-Sim::Machine& romWithRoutes(Sim::Machine& machine)
-{
+    // A ROM whose routing table lists a slot bridge and an embedded device; a
+    // disk controller sits behind the bridge, and there is no "/proc/vlmpci".
+    Sim::Machine machine;
     Sim::RomServices::addStandardRom(machine);
     machine.addFunction({0, 0, 0}, 0x8086, 0x3406, 0x06, 0x00);
     machine.addBridge({0, 3, 0}, 4);
@@ -23,14 +22,7 @@ Sim::Machine& romWithRoutes(Sim::Machine& machine)
     machine.addFunction({4, 0, 0}, 0x1077, 0x2532, 0x0C, 0x04);
     machine.addRomRoute({{0, 31, 0}, 0, 0x60, 0xDEB8});
     machine.addRomRoute({{0, 3, 0}, 2, 0x62, 0x0C20});
-    return machine;
-}
-} // namespace
-
-TEST(RomRoutingTable, FetchedOnceFromThePciBiosAndCoversDevicesBehindBridges)
-{
-    Sim::Machine machine;
-    onSimulatedServer(romWithRoutes(machine),
+    onSimulatedServer(machine,
                       [](Sim::Machine& server)
                       {
                           _PCIIRQROUTENTRY table[8];

@@ -7,32 +7,17 @@
 
 using Common::System::NVRAM;
 
-namespace
-{
-const Sim::PciLocation kController = {0, 5, 0};
-
-Sim::NvramController& controllerOf(Sim::Machine& machine)
-{
-    return dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kController));
-}
-
-Sim::Machine& serverWithController(Sim::Machine& machine)
-{
-    machine.addFunction({0, 0, 0}, 0x8086, 0x3406, 0x06, 0x00);
-    // Right identifiers, but its scratch byte does not answer: not the controller.
-    machine.addNvramController({0, 3, 0}, 0xB203).ignoreScratchWrites();
-    machine.addNvramController(kController, 0x00D7).setByte(0x80, 0xA7);
-    return machine;
-}
-} // namespace
-
 TEST(NVRAM, ProbeLocksReadsAndWritesOnTheController)
 {
     Sim::Machine machine;
+    machine.addFunction({0, 0, 0}, 0x8086, 0x3406, 0x06, 0x00);
+    // Right identifiers, but its scratch byte does not answer: not the controller.
+    machine.addNvramController({0, 3, 0}, 0xB203).ignoreScratchWrites();
+    machine.addNvramController({0, 5, 0}, 0x00D7).setByte(0x80, 0xA7);
     auto check = [](Sim::Machine& machine)
     {
         ASSERT_TRUE(NVRAM::Supported());
-        Sim::NvramController& controller = controllerOf(machine);
+        auto& controller = dynamic_cast<Sim::NvramController&>(*machine.bridge().find({0, 5, 0}));
         EXPECT_EQ(0xA7, controller.config()[0x80]) << "scratch byte restored";
         EXPECT_FALSE(controller.semaphoreHeld());
         std::vector<Sim::RegisterWrite> probe = {
@@ -93,7 +78,7 @@ TEST(NVRAM, ProbeLocksReadsAndWritesOnTheController)
         EXPECT_LT(machine.clock().now() - start, 2010000u);
         EXPECT_TRUE(NVRAM::UnlockSemaphore());
     };
-    onSimulatedServer(serverWithController(machine), check);
+    onSimulatedServer(machine, check);
 }
 
 TEST(NVRAM, AbsentControllerIsNotSupportedAndTheBusIsNeverTouchedAgain)
