@@ -20,9 +20,9 @@ struct Entry
 
 // A benchmark's database, from its arguments "[pci.ids] [runs]": the entries
 // of the pci.ids file (default /usr/share/misc/pci.ids) written as a database
-// to a temporary file (removed with this object), and the number of runs (default `defaultRuns`, at
-// least 1). Ends the program with a message naming `program` when no entry
-// can be read.
+// to a temporary file (removed with this object), and the number of runs
+// (default `defaultRuns`, at least 1). Ends the program with a message naming
+// `program` when no entry can be read.
 struct BenchDatabase
 {
     BenchDatabase(const char* program, int argc, char** argv, int defaultRuns);
