@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,6 +23,13 @@ double bestSeconds(int rounds, std::function<void()> const& work)
     return best;
 }
 
+double cpuSeconds()
+{
+    timespec t;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return t.tv_sec + t.tv_nsec / 1e9;
+}
+
 namespace
 {
 std::string& referenceWay()
@@ -36,16 +44,21 @@ void setReferenceWay(std::string const& way)
     referenceWay() = way;
 }
 
+void printVerdict(double ratio, double goal)
+{
+    if (goal > 0)
+        std::printf(" (goal <= %.2f: %s)", goal, ratio <= goal ? "met" : "MISSED");
+    else
+        std::printf(" (reported)");
+}
+
 void reportRatio(char const* name, double ours, double reference, double goal)
 {
-    double ratio = ours / reference;
     std::string theirs =
         referenceWay().empty() ? std::string(ourWay()) + ", in this process" : referenceWay();
-    std::printf("%s: ours %.6f s, reference %.6f s, ratio %.2f ", name, ours, reference, ratio);
-    if (goal > 0)
-        std::printf("(goal <= %.2f: %s)", goal, ratio <= goal ? "met" : "MISSED");
-    else
-        std::printf("(reported)");
+    std::printf("%s: ours %.6f s, reference %.6f s, ratio %.2f", name, ours, reference,
+                ours / reference);
+    printVerdict(ours / reference, goal);
     std::printf(" [ours: %s; reference: %s]\n", ourWay(), theirs.c_str());
 }
 
@@ -60,3 +73,15 @@ void readPlain(std::string const& path)
     close(fd);
     std::free(buffer);
 }
+
+void writeFile(std::string const& path, std::string const& text)
+{
+    FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file || std::fwrite(text.data(), 1, text.size(), file) != text.size() ||
+        std::fclose(file) != 0)
+    {
+        std::perror(path.c_str());
+        std::exit(1);
+    }
+}
+

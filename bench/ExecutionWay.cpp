@@ -1,36 +1,16 @@
 #include "ExecutionWay.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <spawn.h>
 #include <sys/wait.h>
 
 #ifndef TIDEWELL_SCRIPTS
 #error "TIDEWELL_SCRIPTS must name the source tree's scripts folder"
 #endif
 
-extern char** environ;
-
 namespace
 {
-// Exit status of "scripts/i386-exec.sh native": 0 when 32-bit programs run
-// without an emulator, 1 when they run through one; -1 when it cannot run.
-int askScript()
-{
-    const char* script = TIDEWELL_SCRIPTS "/i386-exec.sh";
-    const char* argv[] = {script, "native", nullptr};
-    pid_t pid = 0;
-    if (posix_spawn(&pid, script, nullptr, nullptr, const_cast<char**>(argv), environ) != 0)
-        return -1;
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0 && errno == EINTR)
-    {
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 bool findOut()
 {
     const char* told = std::getenv("TIDEWELL_I386");
@@ -38,14 +18,15 @@ bool findOut()
         return false;
     if (told && std::strcmp(told, "emulated") == 0)
         return true;
-    int status = askScript();
-    if (status != 0 && status != 1)
+    // Exit status 0: 32-bit programs run without an emulator; 1: through one.
+    int status = std::system("'" TIDEWELL_SCRIPTS "/i386-exec.sh' native");
+    if (!WIFEXITED(status) || WEXITSTATUS(status) > 1)
     {
         std::fprintf(stderr, "cannot tell whether 32-bit programs run under an emulator: set "
                              "TIDEWELL_I386=native or TIDEWELL_I386=emulated\n");
         std::exit(1);
     }
-    return status == 1;
+    return WEXITSTATUS(status) == 1;
 }
 } // namespace
 

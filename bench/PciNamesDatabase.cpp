@@ -1,32 +1,14 @@
 #include "PciNamesDatabase.h"
+#include "BenchTiming.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <unistd.h>
 
 namespace
 {
-std::string writeTemporaryFile(const char* tag, const std::string& text)
-{
-    const char* tmpdir = std::getenv("TMPDIR");
-    std::string path = std::string(tmpdir && *tmpdir ? tmpdir : "/tmp") + "/" + tag + ".XXXXXX";
-    std::vector<char> name(path.begin(), path.end());
-    name.push_back('\0');
-    int fd = mkstemp(name.data());
-    if (fd < 0)
-        return std::string();
-    bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    close(fd);
-    if (!written)
-    {
-        unlink(name.data());
-        return std::string();
-    }
-    return name.data();
-}
-
 bool isHex(const std::string& s, size_t at, size_t n)
 {
     if (s.size() < at + n)
@@ -60,8 +42,6 @@ std::string key(unsigned vendor, unsigned device, unsigned subsystem)
     std::snprintf(buffer, sizeof buffer, "%04X%04X%08X", vendor, device, subsystem);
     return buffer;
 }
-
-} // namespace
 
 // Vendor "vvvv  name", device "\tdddd  name", subsystem "\t\tssss ssss  name";
 // the class list that follows the first "C " line is not read.
@@ -114,27 +94,20 @@ std::string document(const std::vector<Entry>& entries)
     doc += "  </PCI>\n</AllBoards>\n";
     return doc;
 }
+} // namespace
 
-bool prepareDatabase(const char* program, int argc, char** argv, int defaultRuns,
-                     BenchDatabase& database)
+BenchDatabase::BenchDatabase(const char* program, int argc, char** argv, int defaultRuns)
 {
     const char* ids = argc > 1 ? argv[1] : "/usr/share/misc/pci.ids";
-    database.runs = argc > 2 ? std::atoi(argv[2]) : defaultRuns;
-    if (database.runs < 1)
-        database.runs = 1;
-    database.entries = readPciIds(ids);
-    if (database.entries.empty())
+    runs = std::max(argc > 2 ? std::atoi(argv[2]) : defaultRuns, 1);
+    entries = readPciIds(ids);
+    if (entries.empty())
     {
         std::fprintf(stderr, "%s: no entries read from %s (Debian package hwdata)\n", program, ids);
-        return false;
+        std::exit(1);
     }
-    const std::string text = document(database.entries);
-    database.bytes = text.size();
-    database.path = writeTemporaryFile(program, text);
-    if (database.path.empty())
-    {
-        std::fprintf(stderr, "%s: cannot write the temporary file\n", program);
-        return false;
-    }
-    return true;
+    const std::string text = document(entries);
+    bytes = text.size();
+    path = file.name().c_str();
+    writeFile(path, text);
 }

@@ -7,6 +7,8 @@
 // 33,000 entries, a few megabytes, indented, after an XML declaration and one
 // comment.
 
+#include "common/filesystem/TemporaryFile.h"
+
 #include <string>
 #include <vector>
 
@@ -16,23 +18,18 @@ struct Entry
     std::string name; // as written, with &, < and > escaped
 };
 
-// The entries of a pci.ids file; empty when it cannot be read.
-std::vector<Entry> readPciIds(const char* path);
-// The database document of the entries.
-std::string document(const std::vector<Entry>& entries);
-
 // A benchmark's database, from its arguments "[pci.ids] [runs]": the entries
 // of the pci.ids file (default /usr/share/misc/pci.ids) written as a database
-// to a fresh file in $TMPDIR (else /tmp), which the caller removes, and the
-// number of runs (default `defaultRuns`, at least 1).
+// to a temporary file (removed with this object), and the number of runs
+// (default `defaultRuns`, at least 1). Ends the program with a message naming
+// `program` when no entry can be read.
 struct BenchDatabase
 {
+    BenchDatabase(const char* program, int argc, char** argv, int defaultRuns);
+
     std::vector<Entry> entries;
-    std::string path;
+    Common::Filesystem::TemporaryFile file{"xml", true};
+    std::string path; // the file's
     std::size_t bytes;
     int runs;
 };
-// False, with a message naming `program`, when no entry can be read or the
-// file cannot be written.
-bool prepareDatabase(const char* program, int argc, char** argv, int defaultRuns,
-                     BenchDatabase& database);

@@ -6,33 +6,16 @@
 
 #include "common/GlobalStaticAllocator.h"
 #include "common/InputStreamFromFile.h"
+#include "common/filesystem/TemporaryFile.h"
 
-#include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <random>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 namespace
 {
 const unsigned kFileSize = 16u << 20;
-
-std::string makeFile()
-{
-    char path[] = "/tmp/tidewell-bench-XXXXXX";
-    int fd = mkstemp(path);
-    std::string block(1 << 20, '\0');
-    for (size_t i = 0; i < block.size(); ++i)
-        block[i] = static_cast<char>('a' + i % 26);
-    for (unsigned written = 0; written < kFileSize; written += block.size())
-        if (write(fd, block.data(), block.size()) != static_cast<ssize_t>(block.size()))
-            std::abort();
-    close(fd);
-    return path;
-}
 
 void readThroughStream(std::string const& path)
 {
@@ -42,6 +25,7 @@ void readThroughStream(std::string const& path)
     if (text.size() != kFileSize)
         std::abort();
 }
+
 const unsigned kPairs = 100000;
 const unsigned kLive = 32; // blocks alive at once: each new one frees the oldest
 
@@ -65,12 +49,18 @@ void churn(std::vector<unsigned> const& sizes, Allocate allocate, Release releas
 
 int main()
 {
-    std::string path = makeFile();
-    readPlain(path); // warm the page cache
-    double reference = bestSeconds(15, [&] { readPlain(path); });
-    double ours = bestSeconds(15, [&] { readThroughStream(path); });
-    reportRatio("read 16 MiB file into Common::string vs read(2)", ours, reference, 1.5);
-    unlink(path.c_str());
+    {
+        std::string letters(kFileSize, '\0');
+        for (size_t i = 0; i < letters.size(); ++i)
+            letters[i] = static_cast<char>('a' + i % 26);
+        Common::Filesystem::TemporaryFile file("", true);
+        const std::string path = file.name().c_str();
+        writeFile(path, letters);
+        readPlain(path); // warm the page cache
+        double reference = bestSeconds(15, [&] { readPlain(path); });
+        double ours = bestSeconds(15, [&] { readThroughStream(path); });
+        reportRatio("read 16 MiB file into Common::string vs read(2)", ours, reference, 1.5);
+    }
 
     std::mt19937 random(7);
     std::uniform_int_distribution<unsigned> size(8, 200);

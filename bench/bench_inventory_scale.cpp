@@ -23,48 +23,29 @@
 // not show its 16 disks.
 //
 // Usage: bench_inventory_scale [pci.ids] [runs]
+#include "BenchTiming.h"
 #include "ExecutionWay.h"
 #include "PciNamesDatabase.h"
-#include "ProcessClock.h"
 
 #include "collection/AllBoards.h"
 #include "collection/AllStorage.h"
 #include "common/XMLElement.h"
+#include "common/filesystem/TemporaryFile.h"
 #include "sim/SimulatedHardware.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace
 {
 const unsigned kSizes[] = {8, 64, 512};
-const unsigned kMostControllers = 512;
 const unsigned kDisksPerController = 16;
 const unsigned kControllersPerBus = 32;
 const unsigned kFirstBus = 0x10;
 const double kGoal = 1.5;
 const char kUnnamed[] = "Integrated PCI IDE Controller";
-
-struct Board
-{
-    std::uint16_t vendor;
-    std::uint16_t device;
-    std::uint32_t subsystem;
-};
-
-// The board of controller `index`: entries picked by a multiplicative hash
-// of the index, so that the first 8 controllers reach all over the database
-// as well as all 512 do.
-Board boardOf(const std::vector<Entry>& entries, unsigned index)
-{
-    const std::string& id = entries[(index * 2654435761u + entries.size() - 1) % entries.size()].id;
-    return {static_cast<std::uint16_t>(std::stoul(id.substr(0, 4), nullptr, 16)),
-            static_cast<std::uint16_t>(std::stoul(id.substr(4, 4), nullptr, 16)),
-            static_cast<std::uint32_t>(std::stoul(id.substr(8, 8), nullptr, 16))};
-}
 
 // The kernel's disk names: sda..sdz, sdaa..sdzz, sdaaa...
 std::string diskName(unsigned index)
@@ -83,10 +64,12 @@ void addControllers(Sim::Machine& machine, const std::vector<Entry>& entries, un
     {
         const Sim::PciLocation at = {static_cast<std::uint8_t>(kFirstBus + i / kControllersPerBus),
                                      static_cast<std::uint8_t>(i % kControllersPerBus), 0};
-        const Board board = boardOf(entries, i);
-        machine.addFunction(at, board.vendor, board.device, 0x01, 0x07)
-            .subsystem(static_cast<std::uint16_t>(board.subsystem >> 16),
-                       static_cast<std::uint16_t>(board.subsystem));
+        // Entries picked by a multiplicative hash of the index, so that the
+        // first 8 controllers reach all over the database as well as all 512 do.
+        const std::string& id = entries[(i * 2654435761u + entries.size() - 1) % entries.size()].id;
+        unsigned vendor = 0, device = 0, subvendor = 0, subdevice = 0;
+        std::sscanf(id.c_str(), "%4x%4x%4x%4x", &vendor, &device, &subvendor, &subdevice);
+        machine.addFunction(at, vendor, device, 0x01, 0x07).subsystem(subvendor, subdevice);
         for (unsigned d = 0; d < kDisksPerController; ++d)
             machine.addDisk({at, diskName(i * kDisksPerController + d), 300000000000ull, false,
                              d % 2 == 1});
@@ -118,20 +101,20 @@ bool complete(const Collection::AllStorage& storage, unsigned controllers)
     return seen == controllers;
 }
 
-Clock timeInventory(const Common::shared_ptr<Collection::AllBoards>& boards)
+double timeInventory(const Common::shared_ptr<Collection::AllBoards>& boards)
 {
-    const Clock start = now();
+    const double start = cpuSeconds();
     const Collection::AllStorage storage(boards);
     storage.toXMLString();
-    return since(start);
+    return cpuSeconds() - start;
 }
 
-Clock timePage(const char* database, const char* output)
+double timePage(const char* database, const char* output)
 {
-    const Clock start = now();
+    const double start = cpuSeconds();
     Common::shared_ptr<Collection::AllBoards> boards(new Collection::AllBoards(database));
     Collection::AllStorage(boards).Save(output);
-    return since(start);
+    return cpuSeconds() - start;
 }
 
 void reportGrowth(const char* name, const double perController[], double goal)
@@ -140,36 +123,29 @@ void reportGrowth(const char* name, const double perController[], double goal)
     std::printf("%s: 8 controllers %.6f s, 64 controllers %.6f s, 512 controllers %.6f s per "
                 "controller, ratio %.2f",
                 name, perController[0], perController[1], perController[2], ratio);
-    if (goal > 0)
-        std::printf(" (goal <= %.2f: %s)", goal, ratio <= goal ? "met" : "MISSED");
-    else
-        std::printf(" (reported)");
+    printVerdict(ratio, goal);
     std::printf(" [every size: %s]\n", ourWay());
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
-    BenchDatabase database;
-    if (!prepareDatabase("bench_inventory_scale", argc, argv, 3, database))
-        return 1;
+    const BenchDatabase database("bench_inventory_scale", argc, argv, 3);
     const char* file = database.path.c_str();
-    const std::string output = database.path + ".allstorage.xml";
+    Common::Filesystem::TemporaryFile output("xml", true);
 
     Sim::Machine machine;
     Sim::SimulatedHardware server(machine);
     if (!server.install())
     {
         std::fprintf(stderr, "bench_inventory_scale: the simulated server was refused\n");
-        unlink(file);
         return 1;
     }
     const Common::shared_ptr<Collection::AllBoards> boards(new Collection::AllBoards(file));
 
-    const Clock none = {1e9, 1e9};
-    Clock fixed = none;
+    double fixed = 1e9;
     for (int run = 0; run < database.runs; ++run)
-        fixed = best(fixed, timePage(file, output.c_str()));
+        fixed = std::min(fixed, timePage(file, output.name().c_str()));
 
     double inventory[3];
     double page[3];
@@ -181,30 +157,24 @@ int main(int argc, char** argv)
         built = size;
         // Also the warm-up of this size.
         if (!complete(Collection::AllStorage(boards), size))
-        {
-            unlink(file);
-            unlink(output.c_str());
             return 1;
-        }
-        Clock bestInventory = none;
-        Clock bestPage = none;
+        double bestInventory = 1e9;
+        double bestPage = 1e9;
         for (int run = 0; run < database.runs; ++run)
         {
-            bestInventory = best(bestInventory, timeInventory(boards));
-            bestPage = best(bestPage, timePage(file, output.c_str()));
+            bestInventory = std::min(bestInventory, timeInventory(boards));
+            bestPage = std::min(bestPage, timePage(file, output.name().c_str()));
         }
-        inventory[s] = bestInventory.cpu / size;
-        page[s] = bestPage.cpu / size;
+        inventory[s] = bestInventory / size;
+        page[s] = bestPage / size;
     }
-    unlink(file);
-    unlink(output.c_str());
 
     std::printf("names database: %zu entries; up to %u storage controllers with %u disks each; "
                 "best of %d runs, CPU time\n",
-                database.entries.size(), kMostControllers, kDisksPerController, database.runs);
+                database.entries.size(), kSizes[2], kDisksPerController, database.runs);
     reportGrowth("storage inventory per controller, 512 vs 8", inventory, kGoal);
     std::printf("allstorage.nsp Create with no controller (loading the names database): %.6f s\n",
-                fixed.cpu);
+                fixed);
     reportGrowth("allstorage.nsp Create per controller, 512 vs 8", page, 0);
     return 0;
 }

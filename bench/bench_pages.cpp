@@ -11,10 +11,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 #ifndef TIDEWELL_MODULE
@@ -23,14 +21,6 @@
 
 namespace
 {
-void writeFile(const std::string& path, const std::string& text)
-{
-    FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file || std::fwrite(text.data(), 1, text.size(), file) != text.size())
-        std::abort();
-    std::fclose(file);
-}
-
 // HTML-like text: tags, blanks and words, but no directive.
 std::string htmlText(size_t size)
 {
@@ -46,41 +36,19 @@ std::string htmlText(size_t size)
     return text;
 }
 
-class Module
+// The module's entry point; ends the program when it cannot be loaded. The
+// module stays loaded until the program ends.
+ZRAPPExtensionProcFunction loadModule(const char* path)
 {
-public:
-    explicit Module(const char* path)
+    void* handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    void* proc = handle ? dlsym(handle, "ZRAPPExtensionProc") : nullptr;
+    if (!proc)
     {
-        m_handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-        if (!m_handle)
-        {
-            std::fprintf(stderr, "cannot load %s: %s\n", path, dlerror());
-            std::exit(1);
-        }
-        m_proc =
-            reinterpret_cast<ZRAPPExtensionProcFunction>(dlsym(m_handle, "ZRAPPExtensionProc"));
-        if (!m_proc)
-            std::exit(1);
+        std::fprintf(stderr, "cannot load %s: %s\n", path, dlerror());
+        std::exit(1);
     }
-    ~Module() { dlclose(m_handle); }
-
-    // Serves the URL; aborts unless the page has the expected size.
-    void serve(const char* url, size_t expected)
-    {
-        const char* request[ZRAPP_REQUEST_SLOTS] = {url, "", "", "GET"};
-        uint32_t text = 0;
-        uint32_t length = 0;
-        if (m_proc(request, &text, &length) != 0 || length != expected)
-        {
-            std::fprintf(stderr, "%s: %u bytes, expected %zu\n", url, length, expected);
-            std::abort();
-        }
-    }
-
-private:
-    void* m_handle;
-    ZRAPPExtensionProcFunction m_proc;
-};
+    return reinterpret_cast<ZRAPPExtensionProcFunction>(proc);
+}
 } // namespace
 
 int main()
@@ -114,30 +82,39 @@ int main()
     writeFile(content + "includes.htm", page);
     files.push_back(content + "includes.htm");
 
+    const ZRAPPExtensionProcFunction proc = loadModule(TIDEWELL_MODULE);
+    // Serves the URL; aborts unless the page has the expected size.
+    auto serve = [proc](const char* url, size_t expected)
     {
-        Module module(TIDEWELL_MODULE);
-        module.serve("zrmedia://Tidewell/big.htm", big); // warm up, start-up
-        readPlain(content + "big.htm");
+        const char* request[ZRAPP_REQUEST_SLOTS] = {url, "", "", "GET"};
+        uint32_t text = 0;
+        uint32_t length = 0;
+        if (proc(request, &text, &length) != 0 || length != expected)
+        {
+            std::fprintf(stderr, "%s: %u bytes, expected %zu\n", url, length, expected);
+            std::abort();
+        }
+    };
+    serve("zrmedia://Tidewell/big.htm", big); // warm up, start-up
+    readPlain(content + "big.htm");
 
-        double reference = bestSeconds(200, [&] { readPlain(content + "big.htm"); });
-        double ours = bestSeconds(200, [&] { module.serve("zrmedia://Tidewell/big.htm", big); });
-        reportRatio("1 MiB .htm page through ZRAPPExtensionProc vs read(2)", ours, reference, 2.0);
+    double reference = bestSeconds(200, [&] { readPlain(content + "big.htm"); });
+    double ours = bestSeconds(200, [&] { serve("zrmedia://Tidewell/big.htm", big); });
+    reportRatio("1 MiB .htm page through ZRAPPExtensionProc vs read(2)", ours, reference, 2.0);
 
-        reference = bestSeconds(200, [&] { readPlain(content + "big.txt"); });
-        ours = bestSeconds(200, [&] { module.serve("zrmedia://Tidewell/big.txt", big); });
-        reportRatio("1 MiB .txt file through ZRAPPExtensionProc vs read(2)", ours, reference, 2.0);
+    reference = bestSeconds(200, [&] { readPlain(content + "big.txt"); });
+    ours = bestSeconds(200, [&] { serve("zrmedia://Tidewell/big.txt", big); });
+    reportRatio("1 MiB .txt file through ZRAPPExtensionProc vs read(2)", ours, reference, 2.0);
 
-        module.serve("zrmedia://Tidewell/includes.htm", expanded);
-        reference = bestSeconds(100,
-                                [&]
-                                {
-                                    for (const std::string& file : files)
-                                        readPlain(file);
-                                });
-        ours = bestSeconds(100, [&] { module.serve("zrmedia://Tidewell/includes.htm", expanded); });
-        reportRatio("page with 100 includes of 1 KiB vs read(2) of its 101 files", ours, reference,
-                    0);
-    }
+    serve("zrmedia://Tidewell/includes.htm", expanded);
+    reference = bestSeconds(100,
+                            [&]
+                            {
+                                for (const std::string& file : files)
+                                    readPlain(file);
+                            });
+    ours = bestSeconds(100, [&] { serve("zrmedia://Tidewell/includes.htm", expanded); });
+    reportRatio("page with 100 includes of 1 KiB vs read(2) of its 101 files", ours, reference, 0);
 
     std::string command = "rm -rf '" + root + "'";
     return std::system(command.c_str()) == 0 ? 0 : 1;

@@ -1,16 +1,15 @@
-#include "ProcessClock.h"
+#include "Xmllint.h"
 #include "BenchTiming.h"
 #include "ExecutionWay.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <spawn.h>
+#include <sstream>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 #include <vector>
 
@@ -18,31 +17,20 @@ extern char** environ;
 
 namespace
 {
-double seconds(clockid_t id)
-{
-    timespec t;
-    clock_gettime(id, &t);
-    return t.tv_sec + t.tv_nsec / 1e9;
-}
-
 // The first executable "xmllint" on PATH: qemu-x86_64 is given a file, it
 // does not search PATH. Empty when there is none.
 std::string xmllintOnPath()
 {
     const char* path = std::getenv("PATH");
-    std::string folders = path ? path : "/usr/bin:/bin";
-    size_t start = 0;
-    for (;;)
+    std::istringstream folders(path ? path : "/usr/bin:/bin");
+    std::string folder;
+    while (std::getline(folders, folder, ':'))
     {
-        size_t end = folders.find(':', start);
-        std::string folder = folders.substr(start, end - start);
         std::string candidate = (folder.empty() ? "." : folder) + "/xmllint";
         if (access(candidate.c_str(), X_OK) == 0)
             return candidate;
-        if (end == std::string::npos)
-            return std::string();
-        start = end + 1;
     }
+    return std::string();
 }
 
 // The command before "--noout PATH", run the way this program runs; empty
@@ -62,23 +50,7 @@ std::vector<std::string> xmllintCommand()
 }
 } // namespace
 
-Clock now()
-{
-    return {seconds(CLOCK_MONOTONIC), seconds(CLOCK_PROCESS_CPUTIME_ID)};
-}
-
-Clock since(const Clock& start)
-{
-    Clock end = now();
-    return {end.wall - start.wall, end.cpu - start.cpu};
-}
-
-Clock best(const Clock& a, const Clock& b)
-{
-    return {std::min(a.wall, b.wall), std::min(a.cpu, b.cpu)};
-}
-
-bool timeXmllint(const char* program, const char* path, Clock& took)
+bool timeXmllint(const char* program, const char* path, double& cpuSeconds)
 {
     static const std::vector<std::string> command = xmllintCommand();
     if (command.empty())
@@ -90,7 +62,6 @@ bool timeXmllint(const char* program, const char* path, Clock& took)
     for (const std::string& word : command)
         argv.push_back(word.c_str());
     argv.insert(argv.end(), {"--noout", path, nullptr});
-    Clock start = now();
     pid_t pid = 0;
     if (posix_spawnp(&pid, argv[0], nullptr, nullptr, const_cast<char**>(argv.data()), environ) !=
         0)
@@ -104,9 +75,8 @@ bool timeXmllint(const char* program, const char* path, Clock& took)
     while (wait4(pid, &status, 0, &usage) < 0 && errno == EINTR)
     {
     }
-    took.wall = since(start).wall;
-    took.cpu = usage.ru_utime.tv_sec + usage.ru_utime.tv_usec / 1e6 + usage.ru_stime.tv_sec +
-               usage.ru_stime.tv_usec / 1e6;
+    cpuSeconds = usage.ru_utime.tv_sec + usage.ru_utime.tv_usec / 1e6 + usage.ru_stime.tv_sec +
+                 usage.ru_stime.tv_usec / 1e6;
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
     {
         std::fprintf(stderr, "%s: xmllint rejected %s\n", program, path);
