@@ -122,7 +122,9 @@ unsigned wholeFilesIn(ScratchFolder const& scratch, std::string const& folder)
 // What a finished copy reports is the system page's tests' concern.
 TEST(CopyThread, StopEndsTheCopyBetweenFilesAndTheRegistryRunsOneCopyPerKeyUntilDestroyed)
 {
-    ScratchFolder scratch; // many small files, so that a copy is caught midway
+    // Many small files, so that a copy is caught midway; enough for hashed
+    // folder indexes, whose offsets a 32-bit listing must still read.
+    ScratchFolder scratch;
     for (unsigned index = 0; index < kManyFiles; ++index)
         scratch.write("many/f" + std::to_string(index), std::string(kFileSize, 'm'));
     fs::CopyThread copy(scratch.at("many"), scratch.at("copy"));

@@ -104,8 +104,7 @@ TEST(Filesystem, DeletesFilesAndEmptyFoldersAndMakesFoldersWithTheirParents)
     EXPECT_EQ("x", scratch.read("plain"));
 }
 
-// Files past 4 GiB and folders whose entries carry 64-bit inode numbers or
-// directory offsets, as a 32-bit process meets them on current file systems.
+// Files past 4 GiB, as a 32-bit process meets them on current file systems.
 namespace
 {
 long long const kFiveGiB = 5LL << 30;
@@ -144,17 +143,4 @@ TEST(LargeFiles, FilePastFourGiBIsSizedFoundListedAndCopiedWithItsHoles)
     struct stat status;
     ASSERT_EQ(0, ::stat(copy.c_str(), &status));
     EXPECT_LT(status.st_blocks * 512LL, 64LL << 20); // the holes stay holes
-}
-
-// Enough entries for hashed folder indexes (ext4 and others), whose
-// directory offsets do not fit 32 bits.
-TEST(LargeFiles, FolderOfThousandsOfEntriesListsEveryOne)
-{
-    ScratchFolder scratch;
-    for (int i = 0; i < 3000; ++i)
-        ::close(
-            ::open(scratch.path("entry-" + std::to_string(i)).c_str(), O_WRONLY | O_CREAT, 0644));
-    scratch.makeFolder("sub");
-    EXPECT_EQ(3000u, fs::getFileList(scratch.at()).size());
-    EXPECT_EQ(1u, fs::getDirectoryList(scratch.at()).size());
 }
