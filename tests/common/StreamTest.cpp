@@ -46,7 +46,7 @@ TEST(InputStream, FilesAndBuffersGiveCharactersLinesAndTheRestAlike)
     }
 }
 
-TEST(OutputStream, AFileIsReplacedOrAppendedTo)
+TEST(OutputStream, AFileIsReplacedOrAppendedToAndOtherTargetsTakeNulsAndPercentSignsAsData)
 {
     ScratchFolder scratch;
     {
@@ -62,10 +62,7 @@ TEST(OutputStream, AFileIsReplacedOrAppendedTo)
     mode_t mask = umask(0);
     umask(mask);
     EXPECT_EQ(0644u & ~mask, info.st_mode & 0777u);
-}
 
-TEST(OutputStream, BufferCollectsLogDiscardsAndConsoleWritesPercentSignsAsData)
-{
     Common::OutputStreamToBuffer buffer(4);
     buffer << "abc" << string("defgh", 5) << 12u;
     buffer.Accept("\0z", 2);
