@@ -122,7 +122,6 @@ TEST(Conversion, AddressesAndDates)
     EXPECT_EQ("2008-10-05", text(Conversion::dateToString(0x07D80A05u)));
     EXPECT_EQ("65535-255-255", text(Conversion::dateToString(0xFFFFFFFFu))); // not validated
 
-    EXPECT_TRUE(Conversion::isHostLittleEndian());
     EXPECT_EQ(0x3412, Conversion::ChangeOrder<unsigned short>(0x1234));
     EXPECT_EQ(0x0807060504030201ull,
               Conversion::ChangeOrder<unsigned long long>(0x0102030405060708ull));
@@ -137,7 +136,7 @@ Common::string make(std::string const& s)
     return Common::string(s.data(), static_cast<unsigned>(s.size()));
 }
 
-TEST(Base64, EncodesAndDecodesRfc4648VectorsAndBinaryBytes)
+TEST(Base64, EncodesAndDecodesRfc4648VectorsAndStopsDecodingAtAForeignCharacter)
 {
     EXPECT_EQ("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/",
               text(BASE64_CHARACTERS));
@@ -149,10 +148,7 @@ TEST(Base64, EncodesAndDecodesRfc4648VectorsAndBinaryBytes)
     }
     std::string encoded = text(Conversion::base64Encode(make(std::string(300, 'x'))));
     EXPECT_EQ(400u, encoded.size()); // no line breaks
-}
-
-TEST(Base64, DecodingStopsAtPaddingOrAForeignCharacterAndDropsPartialGroups)
-{
+    // Decoding stops at padding or a foreign character and drops partial groups.
     for (auto const& c :
          Cases{{"TQ", "M"}, {"T", ""}, {"TWFuT", "Man"}, {"Zm9vYmE", "fooba"}, {"TWFu=TWFu", "Man"},
                {"TQ=x", "M"}, {"TW Fu", "M"}, {"-_-_", ""}, {"TWFu\xC3\xA9TWFu", "Man"},

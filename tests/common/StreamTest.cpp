@@ -1,4 +1,3 @@
-#include "common/GlobalStaticAllocator.h"
 #include "common/InputStreamFromBuffer.h"
 #include "common/InputStreamFromFile.h"
 #include "common/OutputStreamToBuffer.h"
@@ -6,6 +5,7 @@
 #include "common/OutputStreamToFile.h"
 #include "common/OutputStreamToLog.h"
 #include "common/SharedPtr.h"
+#include "tests/common/PoolTestSupport.h"
 #include "tests/support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
@@ -24,8 +24,7 @@ TEST(InputStream, FilesAndBuffersGiveCharactersLinesAndTheRestAlike)
     scratch.write("lines", lines);
     Common::shared_ptr<Common::InputStream> file(
         new Common::InputStreamFromFile(scratch.at("lines"))); // from the pool
-    int segment;
-    EXPECT_TRUE(Common::GlobalStaticAllocator::getSegmentFrom(file.get(), segment));
+    EXPECT_TRUE(PoolTest::inPool(file.get()));
     Common::InputStreamFromBuffer buffer(string(lines.c_str()));
     for (Common::InputStream* in : std::initializer_list<Common::InputStream*>{file.get(), &buffer})
     {
@@ -46,7 +45,7 @@ TEST(InputStream, FilesAndBuffersGiveCharactersLinesAndTheRestAlike)
     }
 }
 
-TEST(OutputStream, AFileIsReplacedOrAppendedTo)
+TEST(OutputStream, AFileIsReplacedOrAppendedToAndOtherTargetsTakeNulsAndPercentSignsAsData)
 {
     ScratchFolder scratch;
     {
@@ -62,10 +61,7 @@ TEST(OutputStream, AFileIsReplacedOrAppendedTo)
     mode_t mask = umask(0);
     umask(mask);
     EXPECT_EQ(0644u & ~mask, info.st_mode & 0777u);
-}
 
-TEST(OutputStream, BufferCollectsLogDiscardsAndConsoleWritesPercentSignsAsData)
-{
     Common::OutputStreamToBuffer buffer(4);
     buffer << "abc" << string("defgh", 5) << 12u;
     buffer.Accept("\0z", 2);

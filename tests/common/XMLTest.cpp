@@ -6,11 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
+#include <map>
 #include <pthread.h>
 #include <string>
-#include <vector>
 
 namespace
 {
@@ -121,9 +120,6 @@ TEST(XMLWriter, WritesOneLineTextOnlyWithoutChildrenAndEscapesNothing)
     e->Attribute("q", "say \"hi\" & <bye>");
     e->Text("1 < 2 && 3 > 2 &amp; 'x'\n\t");
     EXPECT_EQ("<a q=\"say \"hi\" & <bye>\">1 < 2 && 3 > 2 &amp; 'x'\n\t</a>", write(e));
-    e->AddElement(element(""));
-    (*e->elementBegin())->Attribute("", "v");
-    EXPECT_EQ("<a q=\"say \"hi\" & <bye>\">< =\"v\"/></a>", write(e));
 }
 
 void expectWritten(std::initializer_list<std::pair<std::string, char const*>> cases)
@@ -142,19 +138,16 @@ TEST(XMLParser, DocumentsGiveTheTreeTheyDescribe)
         // Attributes in name order; the last duplicate wins.
         {"<P VendorID=\"0E11\" Bus=\"02\" k=\"1\" Name=\"A B/C>\" k=\"2\"></P>",
          "<P Bus=\"02\" Name=\"A B/C>\" VendorID=\"0E11\" k=\"2\"/>"},
-        {"\n\t <a \n x=\"1\"\t>\n <b\n/> \n</a >\n", "<a x=\"1\"><b> \n</b></a>"},
         // Empty-element tags too take the text that follows them.
-        {"<cfg><UrlBase value=\"u\"/>\n  <WorkingDir value=\"w\"/></cfg>",
-         "<cfg><UrlBase value=\"u\">\n  </UrlBase><WorkingDir value=\"w\"/></cfg>"},
+        {"\n\t <a \n x=\"1\"\t>\n <b\n/> \n</a >\n", "<a x=\"1\"><b> \n</b></a>"},
         // End-tag names are not compared.
         {"<a><b></x></y>", "<a><b/></a>"},
         // A second top-level empty element becomes a child of the first; a
         // second one with an end tag stays current and is what the root gets.
         {"<a><x/></a><b/>", "<a><x/><b/></a>"},
         {"<a><x/></a><b><y/></b>", "<b><y/></b>"},
-        // An empty-element tag never becomes the current element: a document
-        // that is one, like the inventory of a machine without storage
-        // controllers, reads back as an empty root.
+        // An empty-element tag never becomes the current element: a document that
+        // is one (the inventory of a machine without storage) reads back empty.
         {"<AllStorage PCIDeviceCount=\"0\"/>", kEmptyRoot},
         // The value lies between the character after '=' and the last one.
         {"<a b c=d =\"e\" f=></a>", "<a =\"e\" b=\"\" c=\"\" f=\"\"/>"},
@@ -197,7 +190,6 @@ TEST(XMLParser, AMalformedTextGivesTheTreeBuiltUntilTheParseStops)
         {"hello <a></a>", kEmptyRoot},
         // Text after a child element is never consumed: the parse stops there.
         {"<a><b></b>hi<c/><d></d></a>", "<a><b/></a>"},
-        {"<a><b/>hi</a>", "<a><b>hi</b></a>"},
         // A ">" right after the tag's ">" marks it self-closing.
         {"<r><a>>x</a><b/></r>", "<r><a>x</a><b/></r>"},
         // Unclosed elements: the element current at the end is the root.
@@ -243,8 +235,6 @@ TEST(XMLParser, ParsingEmptiesTheRootFirstAndLeavesTakenChildrenIntact)
     Common::XML::Parser().XML("<a/>", ElementPtr()); // a null root is left alone
 }
 
-// Nesting deeper than a per-level recursion's stack would take, and sizes on
-// which quadratic parsing or writing would not finish within the time limit.
 // A name unique to i, in an order scrambled against i.
 std::string scrambled(unsigned i)
 {
@@ -253,19 +243,35 @@ std::string scrambled(unsigned i)
     return buffer;
 }
 
-TEST(XMLScale, ADocumentOf50000ElementsAndLargeTextsAreReadInOnePass)
+// Nesting deeper than a per-level recursion's stack would take, and sizes on
+// which quadratic parsing or writing would not finish within the time limit,
+// on a thread whose whole stack is 512 KiB.
+TEST(XMLScale, ADocumentOf150000ElementsAndLargeTextsAreReadInOnePassWithoutADeepStack)
 {
-    std::string doc = "<AllBoards><PCI>";
-    for (unsigned i = 0; i < 24999; ++i) // + AllBoards + PCI = 50,000 elements
-        doc +=
-            "<dev id=\"" + scrambled(i) + "\"><name>Board " + std::to_string(i) + "</name></dev>";
-    doc += "</PCI></AllBoards>";
-    EXPECT_EQ(doc, write(parse(doc)));
+    auto work = [](void*) -> void*
+    {
+        std::string doc = "<AllBoards><PCI>", open, close;
+        for (unsigned i = 0; i < 100000; ++i)
+            open += "<d>", close += "</d>";
+        for (unsigned i = 0; i < 24999; ++i) // 50,000 wide, with AllBoards and PCI
+            doc += "<dev id=\"" + scrambled(i) + "\"><name>Board " + std::to_string(i) +
+                   "</name></dev>";
+        doc += open + "core" + close + "</PCI></AllBoards>";
+        EXPECT_EQ(doc, write(parse(doc)));
 
-    std::string big(4u << 20, 'x');
-    ElementPtr root = parse("<?xml version=\"1.0\"?><!--" + big + "--><a><!--" + big + "-->" + big +
-                            "<![CDATA[" + big + "]]></a>");
-    EXPECT_EQ(2 * big.size(), root->text().size());
+        std::string big(4u << 20, 'x');
+        ElementPtr root = parse("<?xml version=\"1.0\"?><!--" + big + "--><a><!--" + big + "-->" +
+                                big + "<![CDATA[" + big + "]]></a>");
+        EXPECT_EQ(2 * big.size(), root->text().size());
+        return nullptr;
+    };
+    pthread_attr_t attributes;
+    ASSERT_EQ(0, pthread_attr_init(&attributes));
+    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, 512u << 10));
+    pthread_t thread;
+    ASSERT_EQ(0, pthread_create(&thread, &attributes, work, nullptr));
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
 }
 
 // The sanitizers' checks cost time and memory: 50,000 there.
@@ -277,49 +283,19 @@ unsigned const WideElementAttributes = 200000;
 
 TEST(XMLScale, OneElementOf200000AttributesIsWrittenBackInNameOrder)
 {
+    std::string doc = "<names", written = "<names";
+    std::map<std::string, std::string> last; // by name, in byte order
     // Every 1000th name comes again with a new value.
-    std::string doc = "<names";
-    std::vector<std::string> expected;
-    for (unsigned i = 0; i < WideElementAttributes; ++i)
+    for (unsigned i = 0; i < 2 * WideElementAttributes; i += i < WideElementAttributes ? 1 : 1000)
     {
-        std::string value = i % 1000 == 0 ? "again " + std::to_string(i) : std::to_string(i);
-        doc += " " + scrambled(i) + "=\"" + std::to_string(i) + "\"";
-        expected.push_back(" " + scrambled(i) + "=\"" + value + "\"");
+        std::string const name = scrambled(i % WideElementAttributes), value = std::to_string(i);
+        doc += " " + name + "=\"" + value + "\"";
+        last[name] = value;
     }
-    for (unsigned i = 0; i < WideElementAttributes; i += 1000)
-        doc += " " + scrambled(i) + "=\"again " + std::to_string(i) + "\"";
-    std::sort(expected.begin(), expected.end());
-    std::string written = "<names";
-    for (std::string const& attribute : expected)
-        written += attribute;
+    for (auto const& attribute : last)
+        written += " " + attribute.first + "=\"" + attribute.second + "\"";
     std::string const got = write(parse(doc + "></names>"));
     EXPECT_TRUE(written + "/>" == got) << "not printed: 5 MB"; // compared whole
-}
-
-// Parsed, walked, written and released on a thread whose whole stack is 512 KiB.
-TEST(XMLScale, NestingDepthOf100000NeedsNoDeepStack)
-{
-    auto work = [](void*) -> void*
-    {
-        std::string open, close;
-        for (unsigned i = 0; i < 100000; ++i)
-            open += "<d>", close += "</d>";
-        ElementPtr root = parse(open + "core" + close), e = root;
-        unsigned depth = 1;
-        for (; e->elementBegin() != e->elementEnd(); ++depth)
-            e = *e->elementBegin();
-        EXPECT_EQ(100000u, depth);
-        EXPECT_EQ("core", text(e->text()));
-        EXPECT_EQ(open + "core" + close, write(root));
-        return nullptr;
-    };
-    pthread_attr_t attributes;
-    ASSERT_EQ(0, pthread_attr_init(&attributes));
-    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, 512u << 10));
-    pthread_t thread;
-    ASSERT_EQ(0, pthread_create(&thread, &attributes, work, nullptr));
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
 }
 
 } // namespace
