@@ -94,19 +94,15 @@ TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsColdThroughTheNVRAMRegist
             EXPECT_EQ(0u, machine.reboots()[0].at) << "no wait without a cold boot";
             EXPECT_EQ(before + 2000000u, machine.reboots()[4].at);
             EXPECT_EQ(restarted("Default", "Yes"), std::string(buffer.c_str()));
-        });
 
-    // A control register that never reads back what was written does not
-    // hold the restart up.
-    Sim::Machine stuck;
-    stuck.addNvramController(kController).writable(0x94, 0);
-    onSimulatedServer(stuck,
-                      [](Sim::Machine& machine)
-                      {
-                          runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
-                          expectRestarts(machine, 1);
-                          EXPECT_FALSE(controllerOf(machine).semaphoreHeld());
-                      });
+            // A control register that never reads back what was written does
+            // not hold the restart up.
+            machine.atReboot(nullptr);
+            controllerOf(machine).setByte(0x94, 0x41).writable(0x94, 0);
+            runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
+            expectRestarts(machine, 6);
+            EXPECT_FALSE(controllerOf(machine).semaphoreHeld());
+        });
 }
 
 // With the ROM's variables the target goes to "RXTBT1"; without them, to a
@@ -168,30 +164,22 @@ TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshakeOrClearCMOSOverIPMI)
     Sim::Machine machine;
     addCorvaneRom(machine);
     machine.addNvramController(kController).setByte(0x8C, 0x01);
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ("", runPage("fsetreset.nsp", "Command=Query"));
-                          EXPECT_EQ("{\"ErrorCode\":0}",
-                                    runPage("fsetreset.nsp", "Command=Perform"));
-                          std::vector<Sim::RegisterWrite> handshake = {
-                              {0xA6, 2, 2}, {0xE1, 1, 0}, {0x8C, 1, 0}, {0xE1, 1, 0}, {0xE1, 1, 0}};
-                          EXPECT_EQ(handshake, writesAfterProbe(machine));
-                          EXPECT_EQ(0u, machine.clock().now()) << "answered at once";
-                          expectRestarts(machine, 0);
-                      });
-
-    // A controller that never clears the request is given 30 seconds.
-    Sim::Machine stuck;
-    addCorvaneRom(stuck);
-    stuck.addNvramController(kController).writable(0x8C, 0).setByte(0x8C, 0x01);
-    onSimulatedServer(stuck,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ("{\"ErrorCode\":0}",
-                                    runPage("fsetreset.nsp", "command=perform"));
-                          EXPECT_EQ(30000000u, machine.clock().now());
-                      });
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine& machine)
+        {
+            EXPECT_EQ("", runPage("fsetreset.nsp", "Command=Query"));
+            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "Command=Perform"));
+            std::vector<Sim::RegisterWrite> handshake = {
+                {0xA6, 2, 2}, {0xE1, 1, 0}, {0x8C, 1, 0}, {0xE1, 1, 0}, {0xE1, 1, 0}};
+            EXPECT_EQ(handshake, writesAfterProbe(machine));
+            EXPECT_EQ(0u, machine.clock().now()) << "answered at once";
+            expectRestarts(machine, 0);
+            // A controller that never clears the request is given 30 seconds.
+            controllerOf(machine).setByte(0x8C, 0x01).writable(0x8C, 0);
+            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "command=perform"));
+            EXPECT_EQ(30000000u, machine.clock().now());
+        });
 
     // Without variables: the boot flags for the next boot with clear-CMOS.
     Sim::Machine ipmi;

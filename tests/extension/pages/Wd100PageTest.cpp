@@ -76,19 +76,6 @@ void onController(std::vector<Step> const& steps,
 }
 } // namespace
 
-TEST(Wd100Page, WithoutAControllerEveryCommandIsNotAvailableAndUnknownCommandsAreNamed)
-{
-    Sim::Machine machine;
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine&)
-        {
-            for (const char* query : {"Command=Query", "Command=SetPowerPolicy&Policy=x"})
-                EXPECT_EQ("{\"ErrorCode\":1}", TestSupport::runPage("wd100.nsp", query));
-        });
-    onController({{"Reset", badValue("Command"), ""}, {"", badValue("Command"), ""}});
-}
-
 // The LAN channel is found by its medium, channel 0 first, and never through
 // "this channel" (0Eh); names are escaped for JSON.
 TEST(Wd100Page, QueryAnswersEverySectionFromTheLANChannel)
@@ -189,9 +176,20 @@ TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
         { EXPECT_TRUE(machine.managementController()->lan().setInProgress.inProgress()); });
 }
 
-TEST(Wd100Page, BadValuesAreAnsweredBeforeAnythingIsSent)
+// Without a controller every command is not available.
+TEST(Wd100Page, BadValuesAndUnknownCommandsAreAnsweredBeforeAnythingIsSent)
 {
+    Sim::Machine machine;
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine&)
+        {
+            for (const char* query : {"Command=Query", "Command=SetPowerPolicy&Policy=x"})
+                EXPECT_EQ("{\"ErrorCode\":1}", TestSupport::runPage("wd100.nsp", query));
+        });
     const std::pair<const char*, const char*> bad[] = {
+        {"Reset", "Command"},
+        {"", "Command"},
         {"SetNetwork&IPSource=BIOS", "IPSource"},
         {"SetNetwork&IPAddress=10.0.0", "IPAddress"},
         {"SetNetwork&IPAddress=10.0.0.256", "IPAddress"},
