@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <utility>
@@ -40,7 +41,6 @@ Answers const newerFamilyFull = {
     {"FirstLogonCommand", "cmd.exe /c C:\\setup\\first.cmd"}, {"SNMPMonitor", "public"},
     {"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}, {"WMIEnabled", "Yes"}, {"Rotate", "1"}};
 // clang-format on
-
 
 // The page parameters of one request; absent ones read as empty.
 struct Query
@@ -93,8 +93,6 @@ inline std::string render(Collection::Unattend::EnUnattendOS os, Answers const& 
 
 inline bool hasLine(std::string const& document, std::string const& line)
 {
-    for (auto const& each : crlfLines(document))
-        if (each == line)
-            return true;
-    return false;
+    std::vector<std::string> const lines = crlfLines(document);
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
 }

@@ -158,17 +158,16 @@ TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
          {"SetNetwork&IPSource=DHCP&VLANID=0", kDone,
           "0C01:010001 0C01:010402 0C01:01140000 0C01:010002 0C01:010000"},
          {"SetNetwork", kDone, ""}});
-    onController({{"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0&Gateway=10.0.0.1",
-                   refused("SubnetMask", "CC"),
-                   "0C01:010001 0C01:01030A000005 0C01:0106FF00*3 0C01:010000"}},
-                 [](Sim::ManagementController& c) {
-                     c.refuse(0x0C, 0x01, {1, 6}, 0xCC);
-                 });
-    onController({{"SetNetwork&Gateway=10.0.0.1", refused("Commit", "D5"),
-                   "0C01:010001 0C01:010C0A000001 0C01:010002 0C01:010000"}},
-                 [](Sim::ManagementController& c) {
-                     c.refuse(0x0C, 0x01, {1, 0, 2}, 0xD5);
-                 });
+    onController(
+        {{"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0&Gateway=10.0.0.1",
+          refused("SubnetMask", "CC"), "0C01:010001 0C01:01030A000005 0C01:0106FF00*3 0C01:010000"},
+         {"SetNetwork&Gateway=10.0.0.1", refused("Commit", "D5"),
+          "0C01:010001 0C01:010C0A000001 0C01:010002 0C01:010000"}},
+        [](Sim::ManagementController& c)
+        {
+            c.refuse(0x0C, 0x01, {1, 6}, 0xCC);
+            c.refuse(0x0C, 0x01, {1, 0, 2}, 0xD5);
+        });
     onController(
         {{"SetNetwork&IPAddress=10.0.0.5", refused("SetInProgress", "81"), "0C01:010001"}},
         [](Sim::ManagementController& c) { c.lan().setInProgress.write(1); }, 2,
