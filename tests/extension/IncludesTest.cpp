@@ -1,4 +1,5 @@
 #include "extension/Includes.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -25,12 +26,6 @@ Includes::Result expand(const std::string& page, MapReader& reader)
 {
     return Includes::expand(Common::string(page.data(), static_cast<unsigned>(page.size())), "/p/",
                             "/c/", reader);
-}
-
-std::string expanded(const std::string& page, MapReader& reader)
-{
-    Includes::Result r = expand(page, reader);
-    return std::string(r.text.c_str(), r.text.size());
 }
 } // namespace
 
@@ -71,7 +66,7 @@ TEST(Includes, DirectivesNestedAndFormedAcrossTheEdgesOfIncludedTexts)
         {"<?include<?include blank.htm?>", "X"},
     };
     for (auto const& c : cases)
-        EXPECT_EQ(expanded(c.first, reader), c.second) << c.first;
+        EXPECT_EQ(text(expand(c.first, reader).text), c.second) << c.first;
 }
 
 TEST(Includes, ExpansionStopsAfterAThousandIncludesOrPastTheSizeLimit)
@@ -101,6 +96,6 @@ TEST(Includes, ExpansionStopsAfterAThousandIncludesOrPastTheSizeLimit)
         EXPECT_EQ(c.expansions, r.expansions) << c.page.substr(0, 30);
         EXPECT_EQ(c.size, r.text.size()) << c.page.substr(0, 30);
     }
-    EXPECT_EQ(expanded("<?include self.htm?>", reader),
+    EXPECT_EQ(text(expand("<?include self.htm?>", reader).text),
               std::string(1000, 'a') + "<?include self.htm?>" + std::string(1000, 'b'));
 }

@@ -13,13 +13,18 @@ inline void addCorvaneRom(Sim::Machine& machine)
     machine.environment().set("RXLANG", {'e', 'n'});
 }
 
-// The SMBIOS tables of a Corvane 2U, server 725.
+// The SMBIOS tables of a Corvane 2U, server 725, with 16 GiB of memory.
 inline Sim::SmbiosBuilder corvaneTables()
 {
     return Sim::SmbiosBuilder()
         .bios("Velmar", "VQ14", "05/05/2011")
-        .system("Velmar", "Corvane 2U", "CZ2113ABCD")
+        .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
+        .chassis("ASSET-0042")
+        .processor("Kestrel")
         .memoryDevice(8192)
+        .memoryDevice(8192)
+        .memoryDevice(4, 0x09) // flash: not counted
+        .redundantRomDate("12/01/2010")
         .systemId("ZR0A0725");
 }
 

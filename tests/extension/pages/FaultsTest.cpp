@@ -74,19 +74,18 @@ TEST(ControllerFaults, SlowSilentAndGarbageRepliesStillGiveAnAnswerInTime)
         {0x00, 0x01, 0x05},
         {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF},
         {0x00, 0x01, 0x05, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}};
-    for (const std::vector<std::uint8_t>& reply : replies)
-    {
-        Sim::Machine machine;
-        machine.installSmbios(corvaneTables());
-        machine.addManagementController();
-        onSimulatedServer(
-            machine,
-            [&reply](Sim::Machine& machine)
+    Sim::Machine machine;
+    machine.installSmbios(corvaneTables());
+    machine.addManagementController();
+    onSimulatedServer(
+        machine,
+        [&replies](Sim::Machine& machine)
+        {
+            EXPECT_NE(std::string::npos,
+                      runPage("hardware.nsp", "Command=Query").find("\"WD100Support\":\"Yes\""));
+            Sim::ManagementController& controller = *machine.managementController();
+            for (const std::vector<std::uint8_t>& reply : replies)
             {
-                EXPECT_NE(
-                    std::string::npos,
-                    runPage("hardware.nsp", "Command=Query").find("\"WD100Support\":\"Yes\""));
-                Sim::ManagementController& controller = *machine.managementController();
                 for (const char* query : {"Command=Query", "Command=Perform&Order=cdrom"})
                 {
                     controller.answerNextWith(reply);
@@ -95,8 +94,8 @@ TEST(ControllerFaults, SlowSilentAndGarbageRepliesStillGiveAnAnswerInTime)
                 }
                 controller.answerNextWith(reply);
                 within(10 * kSecond, machine, "fsetreset.nsp", "Command=Perform");
-            });
-    }
+            }
+        });
 }
 
 // An environment store that stays busy is given up after its retries; an
