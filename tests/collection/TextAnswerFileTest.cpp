@@ -58,6 +58,10 @@ TEST(TextAnswerFile, SectionsFollowTheAnswers)
         {{{"SNMPMonitor", "public"}},
          "[SNMP]",
          {"   Accept_CommunityName=public:Read_Only ", "   Community_Name=\"public\""}},
+        // Keys ignore letter case, and the last value wins.
+        {{{"snmpmonitor", "public"}, {"SnmpMonitor", "ro"}},
+         "[SNMP]",
+         {"   Accept_CommunityName=ro:Read_Only ", "   Community_Name=\"ro\""}},
     };
     for (auto const& c : cases)
         EXPECT_EQ(c.lines, section(text(c.answers), c.header)) << c.header << " " << c.answers[0].first;

@@ -72,3 +72,22 @@ TEST(UnattendPage, ReplacesAnExistingFileWithMode0644OrAnswersOne)
     EXPECT_EQ(page("W2K3", {}, ""), '1');
     EXPECT_NE(stat(dir.path("missing").c_str(), &info), 0);
 }
+
+// Load forgets earlier answers; reading a value must not make its key
+// present: a second rendering of empty answers still has no SNMP lines,
+// specialize pass or join.
+TEST(Unattend, LoadForgetsEarlierAnswersAndWritingAgainGivesTheSameFile)
+{
+    for (auto os : {Unattend::W2K3, Unattend::W2K8})
+    {
+        ScratchFolder dir;
+        Unattend unattend;
+        unattend.Set("ComputerName", "SRV01");
+        unattend.Load(os == Unattend::W2K3 ? Unattend::W2K8 : Unattend::W2K3);
+        unattend.Load(os);
+        ASSERT_TRUE(unattend.writeToFile(dir.path("answers").c_str()));
+        ASSERT_TRUE(unattend.writeToFile(dir.path("answers").c_str()));
+        expectSameDocument(readFile(dir.path("answers")),
+                           expected(os == Unattend::W2K3 ? "text-empty.txt" : "xml-empty-x86.xml"));
+    }
+}
