@@ -74,8 +74,4 @@ TEST(OSTree, FoldersOfTheOfferedSystemsInCatalogueOrder)
     for (auto it = ids.rbegin(); it != ids.rend(); ++it)
         list += *it + "," + *it + ",";
     EXPECT_EQ(tree(list.c_str()), all);
-
-    Collection::OSTree selected("580002", "580002");
-    EXPECT_EQ(selected.selected(), "580002");
-    EXPECT_EQ(std::string(selected.toString().c_str()).find("selected:true"), std::string::npos);
 }

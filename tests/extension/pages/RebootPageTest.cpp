@@ -132,9 +132,10 @@ TEST(RebootPage, QueryListsTheChoicesAndPerformRecordsTheTargetAndRestartsColdTh
         });
 }
 
-// Without the ROM's variables the target goes to a one-time boot override
-// and a chassis reset over IPMI.
-TEST(RebootPage, TargetThroughTheManagementController)
+// Without the ROM's variables the reboot target goes to a one-time boot
+// override and a chassis reset over IPMI, a setup reset to the boot flags
+// for the next boot with clear-CMOS.
+TEST(RebootAndFSETResetPages, BootFlagsThroughTheManagementController)
 {
     Sim::Machine ipmi;
     ipmi.addManagementController();
@@ -151,10 +152,13 @@ TEST(RebootPage, TargetThroughTheManagementController)
             }
             expectRestarts(machine, 5);
             EXPECT_EQ(2000000u, machine.reboots()[0].at);
+            const std::size_t from = machine.managementController()->requests().size();
+            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "Command=Perform"));
+            EXPECT_EQ("0008:05808000*3", ipmiLog(machine, from));
         });
 }
 
-TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshakeOrClearCMOSOverIPMI)
+TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
 {
     Sim::Machine machine;
     addCorvaneRom(machine);
@@ -175,17 +179,6 @@ TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshakeOrClearCMOSOverIPMI)
             EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "command=perform"));
             EXPECT_EQ(30000000u, machine.clock().now());
         });
-
-    // Without variables: the boot flags for the next boot with clear-CMOS.
-    Sim::Machine ipmi;
-    ipmi.addManagementController();
-    onSimulatedServer(ipmi,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ("{\"ErrorCode\":0}",
-                                    runPage("fsetreset.nsp", "Command=Perform"));
-                          EXPECT_EQ("0008:05808000*3", ipmiLog(machine));
-                      });
 
     // Variables but no NVRAM controller: nothing is done.
     Sim::Machine withoutNVRAM;
