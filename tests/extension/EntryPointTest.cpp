@@ -77,8 +77,8 @@ TEST(EntryPoint, ServesFilesAsTheyAreExceptIncludesInHtmlPagesAndNeverCommandPag
     putContent("empty.htm", "");
     std::filesystem::create_directories(TestSupport::contentFolder() + "a-folder");
     putContent("ext/x.htm", "X");
-    for (char const* name : {"ext/a.HTM", "ext/a.html", "ext/a.txt", "ext/a.htmx", "ext/a.shtml",
-                             "ext/a.ht", "ext.htm/name"})
+    for (char const* name :
+         {"ext/a.HTM", "ext/a.html", "ext/a.htmx", "ext/a.shtml", "ext/a.ht", "ext.htm/name"})
         putContent(name, "<?include x.htm?>");
     const struct
     {
@@ -93,7 +93,6 @@ TEST(EntryPoint, ServesFilesAsTheyAreExceptIncludesInHtmlPagesAndNeverCommandPag
         {"%00", 1, ""},      // a name, not the start page
         {"ext/a.HTM", 0, "X"},
         {"ext/a.html", 0, "X"},
-        {"ext/a.txt", 0, "<?include x.htm?>"},
         {"ext/a.htmx", 0, "<?include x.htm?>"},
         {"ext/a.shtml", 0, "<?include x.htm?>"},
         {"ext/a.ht", 0, "<?include x.htm?>"},

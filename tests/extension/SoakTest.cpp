@@ -17,8 +17,8 @@
 
 // Mixed requests through the entry point on one simulated server, as a UI
 // polling for hours makes them: growth of resident memory, descriptors,
-// threads or the memory pool after a warm-up is a leak.
-// TIDEWELL_SOAK_REQUESTS sets the length (100000 for the long form).
+// threads or the memory pool after a warm-up is a leak. The length is
+// TIDEWELL_SOAK_REQUESTS (100000 for the long form).
 
 using TestSupport::contentFolder;
 
@@ -81,7 +81,6 @@ std::vector<std::string> round(const std::string& f, int number)
         "ostree.nsp?OSIDList=5b0010,5b0005&Selected=5b0010",
         "unattended.nsp?Platform=W2K8_X64&FullName=Ops&ComputerName=node" +
             std::to_string(number % 7) + "&Filename=" + f + "/answers.xml",
-        "system.nsp?Command=ReadFile&Filename=" + f + "/answers.xml",
         "unattended.nsp?Platform=W2K3&FullName=Ops&Filename=" + f + "/answers.txt",
         "soak/style.css",
         "soak/page.htm",

@@ -24,12 +24,11 @@ const char kNames[] =
     "<dev id=\"1000003000000000\"><name>Sample Ultra320 SCSI Controller</name></dev>"
     "</PCI></AllBoards>";
 
-// The document that allstorage.nsp writes with `names` into a folder of its
-// own.
-std::string inventoryWith(const std::string& names)
+// The document that allstorage.nsp writes with kNames.
+std::string inventory()
 {
     ScratchFolder dir;
-    TestSupport::writeFile(dir.path("allboards.xml"), names);
+    TestSupport::writeFile(dir.path("allboards.xml"), kNames);
     EXPECT_EQ("{\"ErrorCode\":0}",
               runPage("allstorage.nsp", "Command=Create&AllBoardsXML=" + dir.path("allboards.xml") +
                                             "&AllStorageXML=" + dir.path("allstorage.xml")));
@@ -123,7 +122,7 @@ TEST(AllStoragePage, DocumentOfControllersNamesAndDisks)
             "<BlockDevice DeviceNode=\"/dev/strata/c0d3\" DriveNumber=\"2\" Index=\"1\" "
             "Removable=\"0\" Size=\"300000000000\"/></PCIDevice>"
             "</AllStorage>",
-            inventoryWith(kNames));
+            inventory());
     };
     onSimulatedServer(machine, check);
 }
@@ -133,8 +132,6 @@ TEST(AllStoragePage, EmptyMachineAndCommands)
     Sim::Machine empty;
     auto check = [](Sim::Machine&)
     {
-        EXPECT_EQ("<AllStorage PCIDeviceCount=\"0\"/>", inventoryWith(kNames));
-
         ScratchFolder dir;
         const std::string target = dir.path("allstorage.xml");
         EXPECT_EQ("{\"ErrorCode\":1}", runPage("allstorage.nsp", "AllStorageXML=" + target));
@@ -183,9 +180,8 @@ TEST(AllStoragePage, IDEControllersOfServers725And747AreLookedUpOneFunctionLower
         machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, c.listed ? 0x01 : 0x06)
             .subsystem(0x0E11, 0x330D);
         machine.addFunction({0, 0x1F, 5}, 0x8086, 0x3A26, 0x01, 0x06).subsystem(0x0E11, 0x330D);
-        onSimulatedServer(
-            machine, [&c](Sim::Machine&)
-            { EXPECT_EQ(c.order, controllerOrder(inventoryWith(kNames))) << c.server; });
+        onSimulatedServer(machine, [&c](Sim::Machine&)
+                          { EXPECT_EQ(c.order, controllerOrder(inventory())) << c.server; });
     }
 }
 
@@ -216,6 +212,6 @@ TEST(AllStoragePage, ControllersRankedByTheFirmwaresBootControllerList)
                       {
                           EXPECT_EQ((std::vector<std::string>{"04:00.00", "03:00.00", "00:1F.02",
                                                               "05:00.00", "06:00.00"}),
-                                    controllerOrder(inventoryWith(kNames)));
+                                    controllerOrder(inventory()));
                       });
 }
