@@ -3,6 +3,7 @@
 #include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -38,16 +39,13 @@ Sim::NvramController& controllerOf(Sim::Machine& machine)
     return dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kController));
 }
 
-// The controller's register writes after its presence probe (which ends
-// with the first release of the semaphore).
+// The controller's register writes after its presence probe, which ends
+// with the first release of the semaphore (0xE1).
 std::vector<Sim::RegisterWrite> writesAfterProbe(Sim::Machine& machine)
 {
     std::vector<Sim::RegisterWrite> const& all = controllerOf(machine).writes();
-    auto probeEnd = all.begin();
-    while (probeEnd != all.end() && probeEnd->offset != 0xE1)
-        ++probeEnd;
-    return std::vector<Sim::RegisterWrite>(probeEnd == all.end() ? all.end() : probeEnd + 1,
-                                           all.end());
+    auto probeEnd = std::find_if(all.begin(), all.end(), [](auto& w) { return w.offset == 0xE1; });
+    return std::vector<Sim::RegisterWrite>(probeEnd + (probeEnd != all.end()), all.end());
 }
 
 // The restarts so far are all the reboot call with the restart command.
