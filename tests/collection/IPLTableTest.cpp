@@ -17,8 +17,7 @@ std::string text(const Common::istring& s)
     return std::string(s.c_str(), s.size());
 }
 
-// "type bus:device.function name 'description'" of every entry and of the
-// one past the end, with "; " between them.
+// "type bus:device.function name 'description'" of each entry and the next.
 std::string entries(const IPLTable& table)
 {
     std::ostringstream out;

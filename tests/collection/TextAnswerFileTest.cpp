@@ -51,8 +51,7 @@ TEST(TextAnswerFile, SectionsFollowTheAnswers)
          {"   AutoMode=PERSERVER", "   AutoUsers=5"}},
         {{{"AutoMode", "perseat"}, {"AutoUsers", "5"}}, "[LicenseFilePrintData]", {"   AutoMode=perseat"}},
         {{{"AutoUsers", "5"}}, "[LicenseFilePrintData]", {}},
-        // SNMP needs a monitor community; without a control community the
-        // line keeps a blank before its end.
+        // SNMP needs a monitor community; without a control one a blank ends the line.
         {{{"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}}, "[SNMP]", {}},
         {{{"SNMPControl", "private"}}, "[NetOptionalComponents]", {}},
         {{{"SNMPMonitor", "public"}},

@@ -37,9 +37,8 @@ TEST(XMLEscape, MarkupLineBreaksAndWhatXMLCannotHold)
         // Characters XML cannot hold become blanks.
         {std::string("a\0b\x01" "c\x1F" "d\x0B", 8), "a b c d "},
         {"U+FFFE \xEF\xBF\xBE U+FFFF \xEF\xBF\xBF", "U+FFFE   U+FFFF  "},
-        // Bytes that are not UTF-8, or shaped like it but refused by XML
-        // parsers (5- and 6-byte forms, an overlong "<", a surrogate, a code
-        // point past U+10FFFF), are dropped.
+        // Bytes not UTF-8, or refused by XML parsers (5- and 6-byte forms, an
+        // overlong "<", a surrogate, past U+10FFFF), are dropped.
         {"a\xFF" "b\x80" "c\xC3", "abc"},
         {"5\xF8\x88\x80\x80\x80" "6\xFC\x84\x80\x80\x80\x80" "o\xC0\xBC" "s\xED\xA0\x80"
          "big\xF4\x90\x80\x80.",

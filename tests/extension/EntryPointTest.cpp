@@ -41,8 +41,7 @@ TEST(EntryPoint, NormalisesAndDecodesTheURLThenServesTheFileItNames)
         {"n.htm#b?c=1", "n.htm"},
         {"n.htm?A=1?a=1?a=1", "n.htm"},
         {"q?x.htm", "q"},
-        // Both are split off before decoding: an escaped "?" or "#" stays in
-        // the name. The prefixes are stripped after decoding.
+        // "?" and "#" split before decoding, the prefixes are stripped after.
         {"a%3Fx.htm?q=%41", "a?x.htm"},
         {"a%23b.htm", "a#b.htm"},
         {"zrmedia%3A%2F%2FTidewell%2Fn.htm", "n.htm"},

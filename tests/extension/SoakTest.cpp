@@ -25,8 +25,8 @@ using TestSupport::contentFolder;
 namespace
 {
 const int kWarmUpRequests = 1000;
-// Under an emulator every thread made costs a few KiB that the emulator
-// keeps, so copies (a thread each) start as rarely as a user starts them.
+// Copies (a thread each, which an emulator keeps a few KiB of) start as
+// rarely as a user starts them.
 const int kRoundsPerCopy = 50;
 
 long statusValue(const std::string& key)

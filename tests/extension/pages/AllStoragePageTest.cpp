@@ -61,9 +61,8 @@ void addBootControllerList(Sim::Machine& machine,
     machine.environment().set("RXHORD", value);
 }
 
-// Storage controllers of every kind among other functions, disks in both
-// sysfs layouts, and a routing table that lists only the Fibre Channel
-// adapter (slot 2). The ROM offers no environment variables.
+// Storage controllers among other functions, disks in both sysfs layouts, and
+// a routing table with only the Fibre Channel adapter (slot 2); no ROM.
 void addStorage(Sim::Machine& machine)
 {
     machine.provideVlmpci();
@@ -183,8 +182,7 @@ TEST(AllStoragePage, ControllersRankedByTheFirmwaresBootControllerList)
 {
     Sim::Machine machine;
     machine.installSmbios(Sim::SmbiosBuilder().systemId("ZR0A0725"));
-    // The routing table lists the Fibre Channel adapter only: the IDE
-    // controller (slot 0) is the embedded one.
+    // The IDE controller (slot 0, unlike the routed adapter) is the embedded one.
     machine.addRoutingLine({{4, 0, 0}, 2});
     machine.addFunction({0, 0x1F, 2}, 0x8086, 0x3A20, 0x01, 0x01).subsystem(0x0E11, 0x330D);
     machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);

@@ -5,8 +5,7 @@
 
 // Pieces of the simulated servers that several tests share.
 
-// A ROM with environment variables: the maker's ROM services and one
-// variable (a ROM with none does not answer the module's support test).
+// The maker's ROM services with one variable (a ROM with none is unsupported).
 inline void addCorvaneRom(Sim::Machine& machine)
 {
     Sim::RomServices::addStandardRom(machine);
@@ -28,8 +27,7 @@ inline Sim::SmbiosBuilder corvaneTables()
         .systemId("ZR0A0725");
 }
 
-// An array controller with one logical drive, which kAllBoards names, and a
-// SATA controller with one disk.
+// An array controller (kAllBoards names it) and a SATA one, a disk each.
 inline void addStorage(Sim::Machine& machine)
 {
     machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);

@@ -15,8 +15,7 @@
 
 using TestSupport::runPage;
 
-// Faults of the machine under the pages: each page still answers within its
-// bound (in simulated time).
+// Faults of the machine: each page still answers within its (simulated) bound.
 namespace
 {
 const std::uint64_t kSecond = 1000000;
@@ -98,9 +97,8 @@ TEST(ControllerFaults, SlowSilentAndGarbageRepliesStillGiveAnAnswerInTime)
         });
 }
 
-// An environment store that stays busy is given up after its retries; an
-// NVRAM semaphore that firmware never releases does not hold the restart up
-// (every NVRAM step of the cold boot waits its 5 seconds in vain).
+// A store that stays busy is given up after its retries; a semaphore the
+// firmware never releases (each NVRAM step waits 5 s) does not stop a restart.
 TEST(RomFaults, BusyStoreAndHeldSemaphoreAreGivenUp)
 {
     Sim::Machine machine;

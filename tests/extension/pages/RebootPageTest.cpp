@@ -59,9 +59,8 @@ void expectRestarts(Sim::Machine& machine, std::size_t count)
 } // namespace
 
 // The simulated reboot call returns, as a failed one would: only then does
-// the page answer. With the ROM's variables the target goes to "RXTBT1"; a
-// cold boot writes the NVRAM registers, waits two seconds and restarts with
-// the semaphore free, having answered nothing before.
+// the page answer. The target goes to "RXTBT1"; a cold boot writes the NVRAM
+// registers, waits two seconds and restarts with the semaphore free.
 TEST(RebootPage, QueryListsTheChoicesAndPerformRecordsTheTargetAndRestartsColdThroughNVRAM)
 {
     Sim::Machine machine;

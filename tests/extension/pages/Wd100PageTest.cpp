@@ -48,8 +48,7 @@ struct Step
     testing::Matcher<std::string> changes;
 };
 
-// Runs `steps` on a controller with `users` user IDs (user 2 the
-// administrator) after setup(controller); then after(machine).
+// Runs `steps` on a controller with `users` user IDs (2 the administrator).
 void onController(std::vector<Step> const& steps,
                   std::function<void(Sim::ManagementController&)> setup = {}, std::size_t users = 2,
                   std::function<void(Sim::Machine&)> after = {})
@@ -223,9 +222,8 @@ TEST(Wd100Page, BadValuesAndUnknownCommandsAreAnsweredBeforeAnythingIsSent)
 }
 
 // Name, password (16 or 20 bytes), privilege with IPMI messaging on the LAN
-// channel, then enable; the last enabled administrator stays, also on a
-// controller that leaves enable status unspecified and refuses the null
-// user's name (users reaching the channel count as enabled).
+// channel, then enable; the last enabled administrator stays, also where the
+// controller leaves enable status unspecified (users on the channel count).
 TEST(Wd100Page, SetUserSendsNamePasswordPrivilegeThenEnable)
 {
     onController(
