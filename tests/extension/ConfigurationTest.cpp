@@ -4,14 +4,6 @@
 
 #include <string>
 
-namespace
-{
-std::string fileFor(const char* host)
-{
-    return Configuration::fileFor(Common::istring(host)).c_str();
-}
-} // namespace
-
 TEST(Configuration, FileBesideTheHost)
 {
     const std::pair<const char*, const char*> cases[] = {
@@ -27,7 +19,7 @@ TEST(Configuration, FileBesideTheHost)
         {"", ""},
     };
     for (auto const& c : cases)
-        EXPECT_EQ(fileFor(c.first), c.second) << c.first;
+        EXPECT_STREQ(Configuration::fileFor(Common::istring(c.first)).c_str(), c.second) << c.first;
 }
 
 TEST(Configuration, EntriesTheFirstOfEachTagWithAValue)

@@ -1,17 +1,13 @@
 #include "CorvaneServer.h"
 
 #include "common/system/NVRAM.h"
-#include "platform/Hardware.h"
 #include "tests/extension/TestSupport.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <climits>
-#include <filesystem>
 #include <string>
-#include <thread>
 
 using TestSupport::runPage;
 
