@@ -12,10 +12,11 @@ namespace
 {
 const char kUnnamed[] = "Integrated PCI IDE Controller";
 
-// A names database: entries of the first "PCI" element count, those of a
-// later one do not.
+// A names database: entries of the first "PCI" element count, those of
+// another element or a later "PCI" do not.
 const char kDatabase[] = R"(<?xml version="1.0"?>
 <AllBoards>
+<Other><dev id="1A00010000000000"><name>outside</name></dev></Other>
 <PCI>
 <dev id="1A000100"><name>swapped digits</name></dev>
 <dev id="00011A0000000000"><name>digits in another order</name></dev>

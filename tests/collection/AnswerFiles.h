@@ -1,7 +1,6 @@
 #pragma once
 
-// Helpers of the answer-file tests: a page-parameter source and line-wise
-// comparison.
+// Helpers of the answer-file tests: answers, page parameters, documents.
 
 #include "ExpectedFiles.h"
 #include "collection/Unattend.h"
@@ -10,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <utility>
@@ -29,8 +29,7 @@ Answers const olderFamilyFull = {
     {"ExtendOemPartition", "1"}, {"FileSystem", "ConvertNTFS"}, {"SNMPMonitor", "public"},
     {"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}, {"R2Run", "1"}, {"Rotate", "1"}};
 
-// Every answer of the newer family, for a Core image: the answers of
-// expected/xml-full-core-amd64.xml.
+// Every answer of the newer family: those of expected/xml-full-core-amd64.xml.
 Answers const newerFamilyFull = {
     {"WIMVersion", "6.0.6002.18005"}, {"ImageName", "Windows Longhorn SERVERSTANDARDCORE"},
     {"ComputerName", "SRV08"}, {"FullName", "Jane Doe"}, {"OrganizationName", "Velmar Ltd"},
@@ -40,7 +39,6 @@ Answers const newerFamilyFull = {
     {"FirstLogonCommand", "cmd.exe /c C:\\setup\\first.cmd"}, {"SNMPMonitor", "public"},
     {"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}, {"WMIEnabled", "Yes"}, {"Rotate", "1"}};
 // clang-format on
-
 
 // The page parameters of one request; absent ones read as empty.
 struct Query
@@ -53,8 +51,7 @@ struct Query
     std::map<std::string, std::string> parameters;
 };
 
-// The lines of a document whose lines end with CR LF; text after the last
-// CR LF is the last line.
+// The lines of a document whose lines end with CR LF (text after the last too).
 inline std::vector<std::string> crlfLines(std::string const& text)
 {
     std::vector<std::string> lines;
@@ -93,8 +90,6 @@ inline std::string render(Collection::Unattend::EnUnattendOS os, Answers const& 
 
 inline bool hasLine(std::string const& document, std::string const& line)
 {
-    for (auto const& each : crlfLines(document))
-        if (each == line)
-            return true;
-    return false;
+    std::vector<std::string> const lines = crlfLines(document);
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
 }

@@ -1,6 +1,7 @@
 #include "collection/OSTree.h"
 
 #include "ExpectedFiles.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +12,7 @@ namespace
 {
 std::string tree(char const* osidList)
 {
-    Common::string text = Collection::OSTree(osidList, "").toString();
-    return std::string(text.c_str(), text.size());
+    return text(Collection::OSTree(osidList, "").toString());
 }
 
 std::string folder(char const* name, std::string const& children)
@@ -74,8 +74,4 @@ TEST(OSTree, FoldersOfTheOfferedSystemsInCatalogueOrder)
     for (auto it = ids.rbegin(); it != ids.rend(); ++it)
         list += *it + "," + *it + ",";
     EXPECT_EQ(tree(list.c_str()), all);
-
-    Collection::OSTree selected("580002", "580002");
-    EXPECT_EQ(selected.selected(), "580002");
-    EXPECT_EQ(std::string(selected.toString().c_str()).find("selected:true"), std::string::npos);
 }

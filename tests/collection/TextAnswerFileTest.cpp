@@ -51,13 +51,16 @@ TEST(TextAnswerFile, SectionsFollowTheAnswers)
          {"   AutoMode=PERSERVER", "   AutoUsers=5"}},
         {{{"AutoMode", "perseat"}, {"AutoUsers", "5"}}, "[LicenseFilePrintData]", {"   AutoMode=perseat"}},
         {{{"AutoUsers", "5"}}, "[LicenseFilePrintData]", {}},
-        // SNMP needs a monitor community; without a control community the
-        // line keeps a blank before its end.
+        // SNMP needs a monitor community; without a control one a blank ends the line.
         {{{"SNMPControl", "private"}, {"SNMPTraps", "10.0.0.5"}}, "[SNMP]", {}},
         {{{"SNMPControl", "private"}}, "[NetOptionalComponents]", {}},
         {{{"SNMPMonitor", "public"}},
          "[SNMP]",
          {"   Accept_CommunityName=public:Read_Only ", "   Community_Name=\"public\""}},
+        // Keys ignore letter case, and the last value wins.
+        {{{"snmpmonitor", "public"}, {"SnmpMonitor", "ro"}},
+         "[SNMP]",
+         {"   Accept_CommunityName=ro:Read_Only ", "   Community_Name=\"ro\""}},
     };
     for (auto const& c : cases)
         EXPECT_EQ(c.lines, section(text(c.answers), c.header)) << c.header << " " << c.answers[0].first;
@@ -79,19 +82,11 @@ TEST(TextAnswerFile, LineBreaksInValuesBecomeBlanks)
 {
     std::string const typed = "Smith & Sons LF\nCR\rCRLF\r\n[Injected]\r\nKey=value";
     std::string const blanked = "Smith & Sons LF CR CRLF  [Injected]  Key=value";
-    for (char const* setting :
-         {"ComputerName",   "FullName",    "OrganizationName",    "AdminPassword",
-          "AutoLogonCount", "TimeZone",    "SkipRegional",        "JoinWorkgroup",
-          "JoinDomain",     "DomainAdmin", "DomainAdminPassword", "ProductID",
-          "AutoMode",       "AutoUsers",   "MassStorageDriver",   "ExtendOemPartition",
-          "FileSystem",     "SNMPMonitor", "SNMPControl",         "SNMPTraps",
-          "R2Run",          "Rotate"})
+    for (auto const& answer : olderFamilyFull)
     {
-        auto withValue = [&](std::string const& value)
-        {
-            Answers answers = olderFamilyFull;
-            answers.emplace_back(setting, value);
-            return text(answers);
-        };        EXPECT_EQ(withValue(typed), withValue(blanked)) << setting;
+        Answers typedIn = olderFamilyFull, blankedIn = olderFamilyFull;
+        typedIn.emplace_back(answer.first, typed);
+        blankedIn.emplace_back(answer.first, blanked);
+        EXPECT_EQ(text(typedIn), text(blankedIn)) << answer.first;
     }
 }

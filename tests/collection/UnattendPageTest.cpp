@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <sys/stat.h>
 
 using Collection::Unattend;
@@ -63,12 +65,28 @@ TEST(UnattendPage, ReplacesAnExistingFileWithMode0644OrAnswersOne)
     EXPECT_EQ(page("W2K3", {}, dir.path("fresh")), '0');
     umask(previous);
     expectSameDocument(readFile(file), expected("text-empty.txt"));
-    struct stat info;
-    ASSERT_EQ(stat(dir.path("fresh").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0644u);
+    EXPECT_EQ(std::filesystem::status(dir.path("fresh")).permissions(), std::filesystem::perms(0644));
 
     EXPECT_EQ(page("W2K8", {}, dir.path()), '1');
     EXPECT_EQ(page("W2K3", {}, dir.path("missing/answers")), '1');
     EXPECT_EQ(page("W2K3", {}, ""), '1');
-    EXPECT_NE(stat(dir.path("missing").c_str(), &info), 0);
+    EXPECT_FALSE(std::filesystem::exists(dir.path("missing")));
+}
+
+// Load forgets earlier answers; a second rendering of empty answers still
+// has no SNMP lines, specialize pass or join (reading keeps keys absent).
+TEST(Unattend, LoadForgetsEarlierAnswersAndWritingAgainGivesTheSameFile)
+{
+    for (auto os : {Unattend::W2K3, Unattend::W2K8})
+    {
+        ScratchFolder dir;
+        Unattend unattend;
+        unattend.Set("ComputerName", "SRV01");
+        unattend.Load(os == Unattend::W2K3 ? Unattend::W2K8 : Unattend::W2K3);
+        unattend.Load(os);
+        ASSERT_TRUE(unattend.writeToFile(dir.path("answers").c_str()));
+        ASSERT_TRUE(unattend.writeToFile(dir.path("answers").c_str()));
+        expectSameDocument(readFile(dir.path("answers")),
+                           expected(os == Unattend::W2K3 ? "text-empty.txt" : "xml-empty-x86.xml"));
+    }
 }

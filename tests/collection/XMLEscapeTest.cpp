@@ -1,4 +1,5 @@
 #include "collection/XMLEscape.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -6,23 +7,21 @@
 
 namespace
 {
-std::string text(std::string const& value)
+std::string escapedText(std::string const& value)
 {
-    Common::string escaped = Collection::xmlText(Common::string(value.data(), value.size()));
-    return std::string(escaped.c_str(), escaped.size());
+    return text(Collection::xmlText(Common::string(value.data(), value.size())));
 }
 
 std::string attribute(std::string const& value)
 {
-    Common::string escaped = Collection::xmlAttribute(Common::string(value.data(), value.size()));
-    return std::string(escaped.c_str(), escaped.size());
+    return text(Collection::xmlAttribute(Common::string(value.data(), value.size())));
 }
 } // namespace
 
 TEST(XMLEscape, MarkupLineBreaksAndWhatXMLCannotHold)
 {
     std::string typed = "Smith & Sons <x> \"q\" 'a'\tLF\nCR\rCRLF\r\n";
-    EXPECT_EQ(text(typed), "Smith &amp; Sons &lt;x&gt; \"q\" 'a'\tLF\nCR&#13;CRLF&#13;\n");
+    EXPECT_EQ(escapedText(typed), "Smith &amp; Sons &lt;x&gt; \"q\" 'a'\tLF\nCR&#13;CRLF&#13;\n");
     EXPECT_EQ(
         attribute(typed),
         "Smith &amp; Sons &lt;x&gt; &quot;q&quot; &apos;a&apos;&#9;LF&#10;CR&#13;CRLF&#13;&#10;");
@@ -38,9 +37,8 @@ TEST(XMLEscape, MarkupLineBreaksAndWhatXMLCannotHold)
         // Characters XML cannot hold become blanks.
         {std::string("a\0b\x01" "c\x1F" "d\x0B", 8), "a b c d "},
         {"U+FFFE \xEF\xBF\xBE U+FFFF \xEF\xBF\xBF", "U+FFFE   U+FFFF  "},
-        // Bytes that are not UTF-8, or shaped like it but refused by XML
-        // parsers (5- and 6-byte forms, an overlong "<", a surrogate, a code
-        // point past U+10FFFF), are dropped.
+        // Bytes not UTF-8, or refused by XML parsers (5- and 6-byte forms, an
+        // overlong "<", a surrogate, past U+10FFFF), are dropped.
         {"a\xFF" "b\x80" "c\xC3", "abc"},
         {"5\xF8\x88\x80\x80\x80" "6\xFC\x84\x80\x80\x80\x80" "o\xC0\xBC" "s\xED\xA0\x80"
          "big\xF4\x90\x80\x80.",
@@ -48,7 +46,7 @@ TEST(XMLEscape, MarkupLineBreaksAndWhatXMLCannotHold)
     };
     for (auto const& c : cases)
     {
-        EXPECT_EQ(text(c.typed), c.escaped);
+        EXPECT_EQ(escapedText(c.typed), c.escaped);
         EXPECT_EQ(attribute(c.typed), c.escaped);
     }
 }

@@ -39,20 +39,15 @@ TEST(EntryPoint, NormalisesAndDecodesTheURLThenServesTheFileItNames)
         {"/Tidewell/n.htm", "Tidewell/n.htm"},  // one "/" goes, "Tidewell" only behind the scheme
         {"zrmedia:/n.htm", "zrmedia:/n.htm"},
         {"n.htm#b?c=1", "n.htm"},
-        {"n.htm?c=1#b#d", "n.htm"},
         {"n.htm?A=1?a=1?a=1", "n.htm"},
         {"q?x.htm", "q"},
-        // Both are split off before decoding: an escaped "?" or "#" stays in
-        // the name. The prefixes are stripped after decoding.
+        // "?" and "#" split before decoding, the prefixes are stripped after.
         {"a%3Fx.htm?q=%41", "a?x.htm"},
         {"a%23b.htm", "a#b.htm"},
         {"zrmedia%3A%2F%2FTidewell%2Fn.htm", "n.htm"},
-        {"%2Fn.htm", "n.htm"},
         // "+" and an escaped "+" are blanks; a decoded "%" is not decoded again.
         {"a+b%2Bc%2bd.htm", "a b c d.htm"},
-        {"%25%34%31", "%41"},
         {"%2541", "%41"},
-        {"%41%42%43", "ABC"},
         // A broken escape decodes by the digit rule, never reading past the end.
         {"x%zz", "xS"},
         {"y.htm%", "y.htm\xD0"},
@@ -81,8 +76,8 @@ TEST(EntryPoint, ServesFilesAsTheyAreExceptIncludesInHtmlPagesAndNeverCommandPag
     putContent("empty.htm", "");
     std::filesystem::create_directories(TestSupport::contentFolder() + "a-folder");
     putContent("ext/x.htm", "X");
-    for (char const* name : {"ext/a.HTM", "ext/a.html", "ext/a.txt", "ext/a.htmx", "ext/a.shtml",
-                             "ext/a.ht", "ext.htm/name"})
+    for (char const* name :
+         {"ext/a.HTM", "ext/a.html", "ext/a.htmx", "ext/a.shtml", "ext/a.ht", "ext.htm/name"})
         putContent(name, "<?include x.htm?>");
     const struct
     {
@@ -97,7 +92,6 @@ TEST(EntryPoint, ServesFilesAsTheyAreExceptIncludesInHtmlPagesAndNeverCommandPag
         {"%00", 1, ""},      // a name, not the start page
         {"ext/a.HTM", 0, "X"},
         {"ext/a.html", 0, "X"},
-        {"ext/a.txt", 0, "<?include x.htm?>"},
         {"ext/a.htmx", 0, "<?include x.htm?>"},
         {"ext/a.shtml", 0, "<?include x.htm?>"},
         {"ext/a.ht", 0, "<?include x.htm?>"},
@@ -112,15 +106,10 @@ TEST(EntryPoint, ServesFilesAsTheyAreExceptIncludesInHtmlPagesAndNeverCommandPag
         EXPECT_EQ(a.result, c.result) << c.url;
         EXPECT_EQ(a.page, c.page) << c.url;
     }
-}
-
-TEST(EntryPoint, AbsolutePathFallbackComesAfterTheContentFolder)
-{
+    // An absolute path is looked for in the content folder first.
     ScratchFolder outside;
     TestSupport::writeFile(outside.path("abs.txt"), "absolute");
-    Answer a = get("zrmedia://" + outside.path("abs.txt"));
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "absolute");
+    EXPECT_EQ(get("zrmedia://" + outside.path("abs.txt")).page, "absolute");
     putContent(outside.path("abs.txt").substr(1), "from content");
     EXPECT_EQ(get("zrmedia://" + outside.path("abs.txt")).page, "from content");
 }
@@ -247,8 +236,6 @@ TEST(EntryPoint, ExceptionsNeverReachTheHost)
     Answer a = get("throw.htm");
     EXPECT_EQ(a.result, 1);
     EXPECT_EQ(a.page, "");
-    a = get("after.htm");
+    EXPECT_EQ(get("after.htm").page, "after");
     Testing::SetRouteHook(nullptr);
-    EXPECT_EQ(a.result, 0);
-    EXPECT_EQ(a.page, "after");
 }

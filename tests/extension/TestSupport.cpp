@@ -7,8 +7,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -48,14 +46,12 @@ public:
         emptyServer().install();
         g_host.reset(new ScratchFolder);
         g_content.reset(new ScratchFolder);
+        const std::string working = "<WorkingDir value=\"" + g_host->path() + "\"/>";
+        const std::string content = "<UrlBase value=\"" + g_content->path() + "\"/>";
         writeFile(g_host->path("TIDEWELL.XML"),
                   "<?xml version=\"1.0\"?>\n<TIDEWELL>\n"
-                  "  <ExtensionModule value=\"C:\\tidewell\\libtidewell.so\"/>\n"
-                  "  <WorkingDir value=\"" +
-                      g_host->path() +
-                      "\"/>\n"
-                      "  <UrlBase value=\"" +
-                      g_content->path() + "\"/>\n</TIDEWELL>\n");
+                  "<ExtensionModule value=\"C:\\tidewell\\libtidewell.so\"/>\n" +
+                      working + "\n" + content + "\n</TIDEWELL>\n");
         ::setenv("_", g_host->path("iexplore").c_str(), 1);
     }
     void TearDown() override

@@ -3,10 +3,9 @@
 // Shared helpers of the engine's unit tests. Before any test runs, a global
 // environment makes a host folder with TIDEWELL.XML, sets "_" to
 // <host folder>/iexplore (the configuration is read once per process) and
-// selects an empty simulated server for the process's start-up job. A
-// simulated-server test (tests/support/SimulatedServer.h) installs its own
-// machine in a child, so it must make no request in the parent, and needs a
-// process in which no earlier test made one (ctest runs each test alone).
+// gives the start-up job an empty simulated server. A simulated-server test
+// runs in a child, and needs a process in which no request was made yet
+// (ctest runs each test alone), so it must make none in the parent.
 
 #include "tests/support/Files.h"
 #include "tests/support/PageRun.h"

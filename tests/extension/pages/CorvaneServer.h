@@ -5,26 +5,29 @@
 
 // Pieces of the simulated servers that several tests share.
 
-// A ROM with environment variables: the maker's ROM services and one
-// variable (a ROM with none does not answer the module's support test).
+// The maker's ROM services with one variable (a ROM with none is unsupported).
 inline void addCorvaneRom(Sim::Machine& machine)
 {
     Sim::RomServices::addStandardRom(machine);
     machine.environment().set("RXLANG", {'e', 'n'});
 }
 
-// The SMBIOS tables of a Corvane 2U, server 725.
+// The SMBIOS tables of a Corvane 2U, server 725, with 16 GiB of memory.
 inline Sim::SmbiosBuilder corvaneTables()
 {
     return Sim::SmbiosBuilder()
         .bios("Velmar", "VQ14", "05/05/2011")
-        .system("Velmar", "Corvane 2U", "CZ2113ABCD")
+        .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
+        .chassis("ASSET-0042")
+        .processor("Kestrel")
         .memoryDevice(8192)
+        .memoryDevice(8192)
+        .memoryDevice(4, 0x09) // flash: not counted
+        .redundantRomDate("12/01/2010")
         .systemId("ZR0A0725");
 }
 
-// An array controller with one logical drive, which kAllBoards names, and a
-// SATA controller with one disk.
+// An array controller (kAllBoards names it) and a SATA one, a disk each.
 inline void addStorage(Sim::Machine& machine)
 {
     machine.addFunction({3, 0, 0}, 0x103C, 0x323A, 0x01, 0x04).subsystem(0x0E11, 0x3245);

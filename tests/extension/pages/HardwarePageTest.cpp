@@ -1,7 +1,7 @@
+#include "CorvaneServer.h"
 #include "tests/support/IpmiLog.h"
 #include "tests/support/PageRun.h"
 
-#include "sim/RomServices.h"
 #include "tests/support/SimulatedServer.h"
 
 #include <gtest/gtest.h>
@@ -12,20 +12,6 @@ using TestSupport::runPage;
 
 namespace
 {
-void fullTables(Sim::Machine& machine)
-{
-    machine.installSmbios(Sim::SmbiosBuilder()
-                              .bios("Velmar", "VQ14", "05/05/2011")
-                              .system("Velmar", "Corvane \"Quillon\" 2U", "CZ2113ABCD")
-                              .chassis("ASSET-0042")
-                              .processor("Kestrel")
-                              .memoryDevice(8192)
-                              .memoryDevice(8192)
-                              .memoryDevice(4, 0x09) // flash: not counted
-                              .redundantRomDate("12/01/2010")
-                              .systemId("ZR0A0725"));
-}
-
 std::string summary(const char* environmentVariables, const char* managementProcessor)
 {
     return std::string("{\"ErrorCode\":0,\"EVSupport\":\"") + environmentVariables +
@@ -62,14 +48,11 @@ TEST(HardwarePage, SummaryFromTheTablesAndWhichInterfacesTheServerOffers)
     {
         Sim::Machine machine;
         if (c.rom)
-        {
-            Sim::RomServices::addStandardRom(machine);
-            machine.environment().set("RXHIPL", {1, 2, 3});
-        }
+            addCorvaneRom(machine);
         if (c.controller)
             machine.addManagementController();
         if (c.tables == 1)
-            fullTables(machine);
+            machine.installSmbios(corvaneTables());
         else if (c.tables == 2)
             machine.installSmbios(
                 Sim::SmbiosBuilder().bios("Velmar", "P70", "01/02/2012").systemId("725"));

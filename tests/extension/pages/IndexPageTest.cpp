@@ -20,8 +20,7 @@ std::string redirect(const char* target)
 }
 } // namespace
 
-// The marker files live under a folder of the test's own (the test-only
-// seam of the index page).
+// The marker files live under a folder of the test's own (the page's seam).
 TEST(IndexPage, AnswerFilesAutomateOverRotationAndNoMarkersSelectTheLanguage)
 {
     ScratchFolder root;

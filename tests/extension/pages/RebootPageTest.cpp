@@ -3,6 +3,7 @@
 #include "tests/support/PageRun.h"
 #include "tests/support/SimulatedServer.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,20 @@ namespace
 {
 typedef std::vector<std::uint8_t> Bytes;
 const Sim::PciLocation kController = {0, 5, 0};
+
+// Each target's code in "RXTBT1", and what goes to the management controller
+// without the ROM's variables: boot flags valid for the next boot only, then
+// a chassis reset.
+const struct
+{
+    const char* target;
+    Bytes code;
+    const char* sent;
+} kTargets[] = {{"A", {1, 0}, "0008:05803C00*3 0002:03"},
+                {"C", {3, 0}, "0008:05800800*3 0002:03"},
+                {"cd", {2, 0}, "0008:05801400*3 0002:03"},
+                {"PXE", {64, 0}, "0008:05800400*3 0002:03"},
+                {"FSET", {48, 0}, "0008:05801800*3 0002:03"}};
 
 std::string restarted(const std::string& target, const std::string& coldBoot, int code = 0)
 {
@@ -24,16 +39,13 @@ Sim::NvramController& controllerOf(Sim::Machine& machine)
     return dynamic_cast<Sim::NvramController&>(*machine.bridge().find(kController));
 }
 
-// The controller's register writes after its presence probe (which ends
-// with the first release of the semaphore).
+// The controller's register writes after its presence probe, which ends
+// with the first release of the semaphore (0xE1).
 std::vector<Sim::RegisterWrite> writesAfterProbe(Sim::Machine& machine)
 {
     std::vector<Sim::RegisterWrite> const& all = controllerOf(machine).writes();
-    auto probeEnd = all.begin();
-    while (probeEnd != all.end() && probeEnd->offset != 0xE1)
-        ++probeEnd;
-    return std::vector<Sim::RegisterWrite>(probeEnd == all.end() ? all.end() : probeEnd + 1,
-                                           all.end());
+    auto probeEnd = std::find_if(all.begin(), all.end(), [](auto& w) { return w.offset == 0xE1; });
+    return std::vector<Sim::RegisterWrite>(probeEnd + (probeEnd != all.end()), all.end());
 }
 
 // The restarts so far are all the reboot call with the restart command.
@@ -47,11 +59,13 @@ void expectRestarts(Sim::Machine& machine, std::size_t count)
 } // namespace
 
 // The simulated reboot call returns, as a failed one would: only then does
-// the page answer. A cold boot writes the NVRAM registers, waits two seconds
-// and restarts with the semaphore free, having answered nothing before.
-TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsColdThroughTheNVRAMRegisters)
+// the page answer. The target goes to "RXTBT1"; a cold boot writes the NVRAM
+// registers, waits two seconds and restarts with the semaphore free.
+TEST(RebootPage, QueryListsTheChoicesAndPerformRecordsTheTargetAndRestartsColdThroughNVRAM)
 {
     Sim::Machine machine;
+    addCorvaneRom(machine);
+    machine.addManagementController();
     machine.addNvramController(kController).setByte(0x94, 0x41);
     onSimulatedServer(
         machine,
@@ -65,6 +79,15 @@ TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsColdThroughTheNVRAMRegist
                       runPage("reboot.nsp", "command=QUERY"));
             EXPECT_EQ("", runPage("reboot.nsp", "Command=Restart"));
             expectRestarts(machine, 0);
+            runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=No");
+            EXPECT_FALSE(machine.environment().value("RXTBT1").has_value());
+            for (auto const& t : kTargets)
+            {
+                EXPECT_EQ(restarted(t.target, "No"),
+                          runPage("reboot.nsp",
+                                  std::string("Command=Perform&ColdBoot=No&Target=") + t.target));
+                EXPECT_EQ(t.code, machine.environment().value("RXTBT1")) << t.target;
+            }
             const std::pair<const char*, std::string> invalid[] = {
                 {"Target=default&ColdBoot=no", restarted("default", "no")},
                 {"Target=B&ColdBoot=No", restarted("B", "No", 2)},
@@ -73,7 +96,8 @@ TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsColdThroughTheNVRAMRegist
             for (auto const& c : invalid)
                 EXPECT_EQ(c.second,
                           runPage("reboot.nsp", std::string("Command=Perform&") + c.first));
-            expectRestarts(machine, 4);
+            expectRestarts(machine, 10);
+            EXPECT_TRUE(machine.managementController()->requests().empty());
             EXPECT_TRUE(writesAfterProbe(machine).empty());
 
             const std::uint64_t before = machine.clock().now();
@@ -90,66 +114,31 @@ TEST(RebootPage, QueryListsTheChoicesAndPerformRestartsColdThroughTheNVRAMRegist
                     EXPECT_EQ(sequence, writesAfterProbe(machine));
                 });
             nsp.Execute("GET", "reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
-            expectRestarts(machine, 5);
+            expectRestarts(machine, 11);
             EXPECT_EQ(0u, machine.reboots()[0].at) << "no wait without a cold boot";
-            EXPECT_EQ(before + 2000000u, machine.reboots()[4].at);
+            EXPECT_EQ(before + 2000000u, machine.reboots()[10].at);
             EXPECT_EQ(restarted("Default", "Yes"), std::string(buffer.c_str()));
-        });
 
-    // A control register that never reads back what was written does not
-    // hold the restart up.
-    Sim::Machine stuck;
-    stuck.addNvramController(kController).writable(0x94, 0);
-    onSimulatedServer(stuck,
-                      [](Sim::Machine& machine)
-                      {
-                          runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
-                          expectRestarts(machine, 1);
-                          EXPECT_FALSE(controllerOf(machine).semaphoreHeld());
-                      });
+            // A control register that never reads back what was written does
+            // not hold the restart up.
+            machine.atReboot(nullptr);
+            controllerOf(machine).setByte(0x94, 0x41).writable(0x94, 0);
+            runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=Yes");
+            expectRestarts(machine, 12);
+            EXPECT_FALSE(controllerOf(machine).semaphoreHeld());
+        });
 }
 
-// With the ROM's variables the target goes to "RXTBT1"; without them, to a
-// one-time boot override and a chassis reset over IPMI.
-TEST(RebootPage, TargetThroughTheROMVariableOrTheManagementController)
+// Without the ROM's variables the reboot target goes to a one-time boot
+// override and a chassis reset over IPMI, a setup reset to the boot flags
+// for the next boot with clear-CMOS.
+TEST(RebootAndFSETResetPages, BootFlagsThroughTheManagementController)
 {
-    const struct
-    {
-        const char* target;
-        Bytes code;
-        const char* sent; // boot flags valid for the next boot only, chassis reset
-    } kTargets[] = {{"A", {1, 0}, "0008:05803C00*3 0002:03"},
-                    {"C", {3, 0}, "0008:05800800*3 0002:03"},
-                    {"cd", {2, 0}, "0008:05801400*3 0002:03"},
-                    {"PXE", {64, 0}, "0008:05800400*3 0002:03"},
-                    {"FSET", {48, 0}, "0008:05801800*3 0002:03"}};
-    Sim::Machine rom;
-    addCorvaneRom(rom);
-    rom.addManagementController();
-    rom.addNvramController(kController);
-    onSimulatedServer(
-        rom,
-        [&kTargets](Sim::Machine& machine)
-        {
-            runPage("reboot.nsp", "Command=Perform&Target=Default&ColdBoot=No");
-            EXPECT_FALSE(machine.environment().value("RXTBT1").has_value());
-            for (auto const& t : kTargets)
-            {
-                EXPECT_EQ(restarted(t.target, "No"),
-                          runPage("reboot.nsp",
-                                  std::string("Command=Perform&ColdBoot=No&Target=") + t.target));
-                EXPECT_EQ(t.code, machine.environment().value("RXTBT1")) << t.target;
-            }
-            EXPECT_TRUE(machine.managementController()->requests().empty());
-            EXPECT_TRUE(writesAfterProbe(machine).empty());
-            expectRestarts(machine, 6);
-        });
-
     Sim::Machine ipmi;
     ipmi.addManagementController();
     onSimulatedServer(
         ipmi,
-        [&kTargets](Sim::Machine& machine)
+        [](Sim::Machine& machine)
         {
             for (auto const& t : kTargets)
             {
@@ -160,49 +149,33 @@ TEST(RebootPage, TargetThroughTheROMVariableOrTheManagementController)
             }
             expectRestarts(machine, 5);
             EXPECT_EQ(2000000u, machine.reboots()[0].at);
+            const std::size_t from = machine.managementController()->requests().size();
+            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "Command=Perform"));
+            EXPECT_EQ("0008:05808000*3", ipmiLog(machine, from));
         });
 }
 
-TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshakeOrClearCMOSOverIPMI)
+TEST(FSETResetPage, SetupResetThroughTheNVRAMHandshake)
 {
     Sim::Machine machine;
     addCorvaneRom(machine);
     machine.addNvramController(kController).setByte(0x8C, 0x01);
-    onSimulatedServer(machine,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ("", runPage("fsetreset.nsp", "Command=Query"));
-                          EXPECT_EQ("{\"ErrorCode\":0}",
-                                    runPage("fsetreset.nsp", "Command=Perform"));
-                          std::vector<Sim::RegisterWrite> handshake = {
-                              {0xA6, 2, 2}, {0xE1, 1, 0}, {0x8C, 1, 0}, {0xE1, 1, 0}, {0xE1, 1, 0}};
-                          EXPECT_EQ(handshake, writesAfterProbe(machine));
-                          EXPECT_EQ(0u, machine.clock().now()) << "answered at once";
-                          expectRestarts(machine, 0);
-                      });
-
-    // A controller that never clears the request is given 30 seconds.
-    Sim::Machine stuck;
-    addCorvaneRom(stuck);
-    stuck.addNvramController(kController).writable(0x8C, 0).setByte(0x8C, 0x01);
-    onSimulatedServer(stuck,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ("{\"ErrorCode\":0}",
-                                    runPage("fsetreset.nsp", "command=perform"));
-                          EXPECT_EQ(30000000u, machine.clock().now());
-                      });
-
-    // Without variables: the boot flags for the next boot with clear-CMOS.
-    Sim::Machine ipmi;
-    ipmi.addManagementController();
-    onSimulatedServer(ipmi,
-                      [](Sim::Machine& machine)
-                      {
-                          EXPECT_EQ("{\"ErrorCode\":0}",
-                                    runPage("fsetreset.nsp", "Command=Perform"));
-                          EXPECT_EQ("0008:05808000*3", ipmiLog(machine));
-                      });
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine& machine)
+        {
+            EXPECT_EQ("", runPage("fsetreset.nsp", "Command=Query"));
+            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "Command=Perform"));
+            std::vector<Sim::RegisterWrite> handshake = {
+                {0xA6, 2, 2}, {0xE1, 1, 0}, {0x8C, 1, 0}, {0xE1, 1, 0}, {0xE1, 1, 0}};
+            EXPECT_EQ(handshake, writesAfterProbe(machine));
+            EXPECT_EQ(0u, machine.clock().now()) << "answered at once";
+            expectRestarts(machine, 0);
+            // A controller that never clears the request is given 30 seconds.
+            controllerOf(machine).setByte(0x8C, 0x01).writable(0x8C, 0);
+            EXPECT_EQ("{\"ErrorCode\":0}", runPage("fsetreset.nsp", "command=perform"));
+            EXPECT_EQ(30000000u, machine.clock().now());
+        });
 
     // Variables but no NVRAM controller: nothing is done.
     Sim::Machine withoutNVRAM;

@@ -48,8 +48,7 @@ struct Step
     testing::Matcher<std::string> changes;
 };
 
-// Runs `steps` on a controller with `users` user IDs (user 2 the
-// administrator) after setup(controller); then after(machine).
+// Runs `steps` on a controller with `users` user IDs (2 the administrator).
 void onController(std::vector<Step> const& steps,
                   std::function<void(Sim::ManagementController&)> setup = {}, std::size_t users = 2,
                   std::function<void(Sim::Machine&)> after = {})
@@ -76,30 +75,10 @@ void onController(std::vector<Step> const& steps,
 }
 } // namespace
 
-TEST(Wd100Page, WithoutAControllerEveryCommandIsNotAvailableAndUnknownCommandsAreNamed)
-{
-    Sim::Machine machine;
-    onSimulatedServer(
-        machine,
-        [](Sim::Machine&)
-        {
-            for (const char* query : {"Command=Query", "Command=SetPowerPolicy&Policy=x"})
-                EXPECT_EQ("{\"ErrorCode\":1}", TestSupport::runPage("wd100.nsp", query));
-        });
-    onController({{"Reset", badValue("Command"), ""}, {"", badValue("Command"), ""}});
-}
-
 // The LAN channel is found by its medium, channel 0 first, and never through
 // "this channel" (0Eh); names are escaped for JSON.
 TEST(Wd100Page, QueryAnswersEverySectionFromTheLANChannel)
 {
-    onController({{"QUERY", kQueryOfTwoUsers, ""}}, {}, 2,
-                 [](Sim::Machine& machine)
-                 {
-                     EXPECT_EQ("0642:00 0642:01", ipmiLog(machine, 0, "0642"));
-                     EXPECT_THAT(ipmiLog(machine, 0, "0C22"), HasSubstr("0C22:01050000"))
-                         << "the non-volatile SOL bit rate";
-                 });
     onController(
         {{"Query",
           AllOf(HasSubstr("{\"ID\":3,\"Name\":\"q\\\"x\\\\y\\u0001\\u00E9\","
@@ -153,11 +132,13 @@ TEST(Wd100Page, QueryAnswersEverySectionFromTheLANChannel)
 }
 
 // Set in progress, the parameters, commit, set complete (also after a
-// refused write); a set begun by another is left alone.
+// refused write); a set begun by another is left alone. Each command looks
+// for the LAN channel again.
 TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
 {
     onController(
-        {{"SetNetwork&IPSource=static&IPAddress=10.0.0.5&SubnetMask=255.255.254.0"
+        {{"QUERY", kQueryOfTwoUsers, ""},
+         {"SetNetwork&IPSource=static&IPAddress=10.0.0.5&SubnetMask=255.255.254.0"
           "&Gateway=10.0.0.1&VLANID=300",
           kDone,
           "0C01:010001 0C01:010401 0C01:01030A000005 0C01:0106FFFFFE00 0C01:010C0A000001 "
@@ -170,18 +151,25 @@ TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
          // Only what is given is sent; VLAN 0 switches the VLAN off.
          {"SetNetwork&IPSource=DHCP&VLANID=0", kDone,
           "0C01:010001 0C01:010402 0C01:01140000 0C01:010002 0C01:010000"},
-         {"SetNetwork", kDone, ""}});
-    onController({{"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0&Gateway=10.0.0.1",
-                   refused("SubnetMask", "CC"),
-                   "0C01:010001 0C01:01030A000005 0C01:0106FF00*3 0C01:010000"}},
-                 [](Sim::ManagementController& c) {
-                     c.refuse(0x0C, 0x01, {1, 6}, 0xCC);
-                 });
-    onController({{"SetNetwork&Gateway=10.0.0.1", refused("Commit", "D5"),
-                   "0C01:010001 0C01:010C0A000001 0C01:010002 0C01:010000"}},
-                 [](Sim::ManagementController& c) {
-                     c.refuse(0x0C, 0x01, {1, 0, 2}, 0xD5);
-                 });
+         {"SetNetwork", kDone, ""}},
+        {}, 2,
+        [](Sim::Machine& machine)
+        {
+            EXPECT_THAT(ipmiLog(machine, 0, "0642"), StartsWith("0642:00 0642:01 0642:00 0642:01"));
+            EXPECT_THAT(ipmiLog(machine, 0, "0642"), Not(HasSubstr("0642:0E")));
+            EXPECT_THAT(ipmiLog(machine, 0, "0C22"), HasSubstr("0C22:01050000"))
+                << "the non-volatile SOL bit rate";
+        });
+    onController(
+        {{"SetNetwork&IPAddress=10.0.0.5&SubnetMask=255.0.0.0&Gateway=10.0.0.1",
+          refused("SubnetMask", "CC"), "0C01:010001 0C01:01030A000005 0C01:0106FF00*3 0C01:010000"},
+         {"SetNetwork&Gateway=10.0.0.1", refused("Commit", "D5"),
+          "0C01:010001 0C01:010C0A000001 0C01:010002 0C01:010000"}},
+        [](Sim::ManagementController& c)
+        {
+            c.refuse(0x0C, 0x01, {1, 6}, 0xCC);
+            c.refuse(0x0C, 0x01, {1, 0, 2}, 0xD5);
+        });
     onController(
         {{"SetNetwork&IPAddress=10.0.0.5", refused("SetInProgress", "81"), "0C01:010001"}},
         [](Sim::ManagementController& c) { c.lan().setInProgress.write(1); }, 2,
@@ -189,9 +177,20 @@ TEST(Wd100Page, SetNetworkWritesInsideOneSetInProgressSequence)
         { EXPECT_TRUE(machine.managementController()->lan().setInProgress.inProgress()); });
 }
 
-TEST(Wd100Page, BadValuesAreAnsweredBeforeAnythingIsSent)
+// Without a controller every command is not available.
+TEST(Wd100Page, BadValuesAndUnknownCommandsAreAnsweredBeforeAnythingIsSent)
 {
+    Sim::Machine machine;
+    onSimulatedServer(
+        machine,
+        [](Sim::Machine&)
+        {
+            for (const char* query : {"Command=Query", "Command=SetPowerPolicy&Policy=x"})
+                EXPECT_EQ("{\"ErrorCode\":1}", TestSupport::runPage("wd100.nsp", query));
+        });
     const std::pair<const char*, const char*> bad[] = {
+        {"Reset", "Command"},
+        {"", "Command"},
         {"SetNetwork&IPSource=BIOS", "IPSource"},
         {"SetNetwork&IPAddress=10.0.0", "IPAddress"},
         {"SetNetwork&IPAddress=10.0.0.256", "IPAddress"},
@@ -223,9 +222,8 @@ TEST(Wd100Page, BadValuesAreAnsweredBeforeAnythingIsSent)
 }
 
 // Name, password (16 or 20 bytes), privilege with IPMI messaging on the LAN
-// channel, then enable; the last enabled administrator stays, also on a
-// controller that leaves enable status unspecified and refuses the null
-// user's name (users reaching the channel count as enabled).
+// channel, then enable; the last enabled administrator stays, also where the
+// controller leaves enable status unspecified (users on the channel count).
 TEST(Wd100Page, SetUserSendsNamePasswordPrivilegeThenEnable)
 {
     onController(
