@@ -37,11 +37,6 @@ bool hexDigit(char c, unsigned& value)
     return true;
 }
 
-unsigned char pairValue(char high, char low)
-{
-    return static_cast<unsigned char>(hexValueUnchecked(high) * 16 + hexValueUnchecked(low));
-}
-
 unsigned greatestCommonDivisor(unsigned a, unsigned b)
 {
     while (b != 0)
@@ -91,10 +86,15 @@ int xtoi(Common::string const& s, unsigned int& out)
     return XTOI_OK;
 }
 
+unsigned char hexPairValue(char high, char low)
+{
+    return static_cast<unsigned char>(hexValueUnchecked(high) * 16 + hexValueUnchecked(low));
+}
+
 unsigned char hexStringToInt(Common::string const& s)
 {
     // For a string shorter than 2, operator[] yields the terminating NUL.
-    return pairValue(s[0], s[1]);
+    return hexPairValue(s[0], s[1]);
 }
 
 Common::string stringToArray(Common::string const& s)
@@ -103,7 +103,7 @@ Common::string stringToArray(Common::string const& s)
     char* bytes = nullptr;
     Common::string result = Common::string::uninitialized((size + 1) / 2, bytes);
     for (unsigned i = 0; i < size; i += 2)
-        *bytes++ = static_cast<char>(pairValue(s[i], s[i + 1])); // s[size] is the NUL
+        *bytes++ = static_cast<char>(hexPairValue(s[i], s[i + 1])); // s[size] is the NUL
     return result;
 }
 

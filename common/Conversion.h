@@ -60,11 +60,14 @@ enum XtoiStatus
 // the sum of the digits after the offending character.
 int xtoi(Common::string const& s, unsigned int& out);
 
-// The value of the pair s[0], s[1] as one byte: a digit counts its value, an
-// ASCII letter of either case its upper-case form's distance from 'A' plus
-// 10, any other character its code minus '0'; result s[0]*16 + s[1], low 8
-// bits. Nothing is validated ("zz" gives some byte). A string shorter than 2
-// reads the terminating NUL in place of the missing characters.
+// The value of the pair `high`, `low` as one byte: a digit counts its value,
+// an ASCII letter of either case its upper-case form's distance from 'A' plus
+// 10, any other character (NUL too) its code minus '0'; result high*16 + low,
+// low 8 bits. Nothing is validated ("zz" gives some byte).
+unsigned char hexPairValue(char high, char low);
+
+// hexPairValue of s[0], s[1]. A string shorter than 2 reads the terminating
+// NUL in place of the missing characters.
 unsigned char hexStringToInt(Common::string const& s);
 
 // The bytes spelled by hexadecimal text: hexStringToInt of each pair at 0,

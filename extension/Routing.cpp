@@ -1,20 +1,9 @@
 #include "extension/Routing.h"
 
+#include "common/Conversion.h"
+
 namespace
 {
-// The value of one character of a hexadecimal pair, by the rule of
-// Conversion::hexStringToInt: an ASCII letter of either case counts
-// its upper-case form's distance from "A" plus 10, anything else (a digit, or
-// any other byte) its code minus "0". Nothing is validated.
-int hexValue(unsigned char c)
-{
-    if (c >= 'a' && c <= 'z')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'Z')
-        return c - 'A' + 10;
-    return static_cast<int>(c) - '0';
-}
-
 // The text from `pos` to the end, embedded NULs included.
 Common::istring tail(const Common::istring& text, unsigned pos)
 {
@@ -115,10 +104,9 @@ Common::string Routing::decode(const Common::string& text)
         char c = in[i];
         if (c == '%')
         {
-            unsigned char first = i + 1 < size ? static_cast<unsigned char>(in[i + 1]) : 0;
-            unsigned char second = i + 2 < size ? static_cast<unsigned char>(in[i + 2]) : 0;
-            unsigned value = static_cast<unsigned>(hexValue(first) * 16 + hexValue(second));
-            c = static_cast<char>(value & 0xFFu);
+            char high = i + 1 < size ? in[i + 1] : '\0';
+            char low = i + 2 < size ? in[i + 2] : '\0';
+            c = static_cast<char>(Conversion::hexPairValue(high, low));
             i += size - i >= 3 ? 3 : size - i;
         }
         else

@@ -25,7 +25,7 @@ Target normalise(const Common::istring& url);
 
 // URL decoding, for the page name and for every query parameter: every "%"
 // and the (up to) two characters behind it become one character (the pair's
-// value by the unvalidated rule of Conversion::hexStringToInt, low 8 bits; a
+// value by the unvalidated rule of Conversion::hexPairValue; a
 // missing character counts as NUL), scanning on behind it so that a decoded
 // "%" is not decoded again; then every "+" of the result becomes a blank (an
 // escaped "%2B" too, which clients rely on never sending). Linear.
