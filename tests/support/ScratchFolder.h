@@ -2,11 +2,10 @@
 
 #include "common/List.h"
 #include "common/String.h"
+#include "tests/support/Files.h"
 #include "tests/support/Text.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 
@@ -39,12 +38,11 @@ public:
     void write(std::string const& relative, std::string const& bytes) const
     {
         std::filesystem::create_directories(std::filesystem::path(path(relative)).parent_path());
-        std::ofstream(path(relative), std::ios::binary) << bytes;
+        TestSupport::writeFile(path(relative), bytes);
     }
     std::string read(std::string const& relative) const
     {
-        std::ifstream in(path(relative), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        return TestSupport::readFile(path(relative));
     }
 
 private:
