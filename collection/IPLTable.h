@@ -32,11 +32,12 @@ public:
     };
 
     static const unsigned int kMaximumEntries = 16;
+    // The BIOS segment's size: it is read from physical 0xF0000.
+    static const unsigned int kSegmentSize = 0x10000;
 
     IPLTable();
-    // Decodes a copy of the BIOS segment (kSegmentSize bytes from physical
-    // 0xF0000) instead of reading memory.
-    static const unsigned int kSegmentSize = 0x10000;
+    // Decodes a copy of the BIOS segment (kSegmentSize bytes) instead of
+    // reading memory.
     explicit IPLTable(const unsigned char* segment);
     virtual ~IPLTable();
 
