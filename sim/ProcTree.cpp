@@ -140,12 +140,13 @@ void addSysfsDevices(Machine const& machine, std::string const& only, Tree& tree
     addFolder(tree, "/sys/bus/pci/devices");
     unsigned bus = 0, device = 0, function = 0;
     bool one = !only.empty();
-    if (one && (std::sscanf(only.c_str(), "0000:%2x:%2x.%1u", &bus, &device, &function) != 3 ||
-                sysfsName({static_cast<std::uint8_t>(bus), static_cast<std::uint8_t>(device),
-                           static_cast<std::uint8_t>(function)}) != only))
+    if (one && std::sscanf(only.c_str(), "0000:%2x:%2x.%1u", &bus, &device, &function) != 3)
         return;
     PciLocation const wanted{static_cast<std::uint8_t>(bus), static_cast<std::uint8_t>(device),
                              static_cast<std::uint8_t>(function)};
+    // Only the kernel's exact spelling names a function ("0000:0:1.0" does not).
+    if (one && sysfsName(wanted) != only)
+        return;
     for (auto const& located : machine.bridge().functions())
         if (!one || located.first == wanted)
             // As in the kernel's tree: a link back up, which a walk must not follow.
