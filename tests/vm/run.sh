@@ -60,21 +60,7 @@ openipmi=$("$here/unpack.sh" openipmi "$work/openipmi") ||
 
 # The machine (identity, memory, storage controllers and their disks) comes
 # from the profile that the interactive virtual server boots too.
-profile=$here/machines/corvane-skerry.machine
-mapfile -t hardware < <(python3 "$here/machine_profile.py" "$profile" --disks "$work/disks")
-[[ ${#hardware[@]} -gt 0 ]] || cannot_run "the machine profile $profile gives no machine"
-# Block devices the guest waits for: every disk and the CD-ROM drive.
-blocks=$(python3 "$here/machine_profile.py" "$profile" --block-devices)
-
-mapfile -t accel < <(vm_accelerator)
-# No SMAP: QEMU 7.2's emulated far return reads the stack with supervisor
-# rights, which SMAP refuses on a user page, so the ROM probe's call into the
-# BIOS32 directory would fault where a processor returns.
-machine=(
-  "${accel[@]}" -cpu max,smap=off -machine pc,smbios-entry-point-type=32
-  -bios "$vm_firmware" -nodefaults -display none -serial stdio -monitor none -no-reboot
-  -kernel "$kernel" -initrd "$work/initramfs.gz" "${hardware[@]}"
-)
+vm_machine "$here/machines/corvane-skerry.machine" "$work" "$kernel"
 bmc=(-device ipmi-bmc-sim,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0)
 
 # OpenIPMI's simulator for the main boot (controller_sim.sh). A time limit

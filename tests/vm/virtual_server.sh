@@ -48,10 +48,7 @@ kernel=$("$here/guest.sh" "$work" "$shell" "$module" "$content") ||
   cannot_run "Debian's kernel package could not be fetched"
 openipmi=$("$here/unpack.sh" openipmi "$work/openipmi") ||
   cannot_run "Debian's openipmi package could not be fetched"
-mapfile -t hardware < <(python3 "$here/machine_profile.py" "$profile" --disks "$work/disks")
-[[ ${#hardware[@]} -gt 0 ]] || cannot_run "the machine profile $profile gives no machine"
-blocks=$(python3 "$here/machine_profile.py" "$profile" --block-devices)
-mapfile -t accel < <(vm_accelerator)
+vm_machine "$profile" "$work" "$kernel"
 
 qemu_pid=
 watcher_pid=
@@ -86,11 +83,7 @@ while :; do
   echo "$boots" >"$work/boots"
   rm -f "$socket" "$reset_request"
   begun=$SECONDS
-  # No SMAP, as in the virtual-server test: the ROM layer's calls into the
-  # firmware need it off under QEMU's emulation (run.sh says why).
-  qemu-system-x86_64 "${accel[@]}" -cpu max,smap=off -machine pc,smbios-entry-point-type=32 \
-    -bios "$vm_firmware" -nodefaults -display none -serial stdio -monitor none -no-reboot \
-    -kernel "$kernel" -initrd "$work/initramfs.gz" "${hardware[@]}" "${controller_qemu[@]}" \
+  qemu-system-x86_64 "${machine[@]}" "${controller_qemu[@]}" \
     -chardev "socket,id=bridge,path=$socket,server=on,wait=off" \
     -device virtio-serial-pci -device virtserialport,chardev=bridge,name=tidewell.0 \
     -append "console=ttyS0 quiet panic=-1 tidewell.case=serve tidewell.blocks=$blocks tidewell.boot=$boots" \
