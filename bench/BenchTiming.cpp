@@ -1,5 +1,6 @@
 #include "BenchTiming.h"
 #include "ExecutionWay.h"
+#include "tests/support/Files.h"
 
 #include <chrono>
 #include <cstdio>
@@ -76,9 +77,7 @@ void readPlain(std::string const& path)
 
 void writeFile(std::string const& path, std::string const& text)
 {
-    FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file || std::fwrite(text.data(), 1, text.size(), file) != text.size() ||
-        std::fclose(file) != 0)
+    if (!TestSupport::writeFile(path, text))
     {
         std::perror(path.c_str());
         std::exit(1);

@@ -7,11 +7,14 @@
 namespace TestSupport
 {
 
-// Writes `bytes` to `path`, replacing it; the folders must exist.
+// Writes `bytes` to `path`, replacing it; the folders must exist. False when
+// any of it, the final flush included, could not be written.
 inline bool writeFile(const std::string& path, const std::string& bytes)
 {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    return static_cast<bool>(out << bytes);
+    out << bytes;
+    out.close();
+    return !out.fail();
 }
 
 // The whole file; empty if it cannot be read.
