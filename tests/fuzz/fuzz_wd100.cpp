@@ -11,7 +11,7 @@
 #include "tests/fuzz/FuzzServer.h"
 
 #include "common/system/IPMI.h"
-#include "extension/NSP.h"
+#include "tests/support/PageRun.h"
 
 #include <cstdint>
 #include <string>
@@ -21,15 +21,6 @@ namespace
 {
 const char* const kCommands[] = {"Query", "SetNetwork", "SetUser", "SetServices",
                                  "SetPowerPolicy"};
-
-std::string answerOf(const std::string& query)
-{
-    Common::string buffer;
-    NSP processor(&buffer);
-    processor.Execute(Common::istring("GET"), Common::istring("wd100.nsp"),
-                      Common::istring(query.c_str()));
-    return std::string(buffer.c_str(), buffer.size());
-}
 
 bool isJSONObjectOfPrintableText(const std::string& answer)
 {
@@ -65,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         controller.answerNextWith(reply);
     }
 
-    if (!isJSONObjectOfPrintableText(answerOf(query)))
+    if (!isJSONObjectOfPrintableText(TestSupport::runPage("wd100.nsp", query)))
         __builtin_trap();
     controller.forgetScriptedAnswers();
     controller.forgetRequests();

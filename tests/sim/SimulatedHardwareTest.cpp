@@ -1,6 +1,7 @@
 #include "sim/Machine.h"
 #include "sim/SimulatedHardware.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -12,8 +13,8 @@ namespace
 {
 std::string read(Sim::SimulatedHardware& hardware, char const* path)
 {
-    Common::string text;
-    return hardware.readFile(path, text) ? std::string(text.c_str(), text.size()) : "(missing)";
+    Common::string contents;
+    return hardware.readFile(path, contents) ? text(contents) : "(missing)";
 }
 
 // The names of a folder's entries, a folder's with "/" and a link's with "@".

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "extension/NSP.h"
+#include "tests/support/Text.h"
 
 #include <string>
 
@@ -16,7 +17,7 @@ inline std::string runPage(const char* page, const std::string& query)
     NSP processor(&buffer);
     processor.Execute(Common::istring("GET"), Common::istring(page),
                       Common::istring(query.c_str()));
-    return std::string(buffer.c_str(), buffer.size());
+    return text(buffer);
 }
 
 } // namespace TestSupport
