@@ -3,6 +3,8 @@
 // A private lock-file folder for the named-mutex tests: concurrent runs
 // never share a semaphore set.
 
+#include "tests/support/ScratchFolder.h"
+
 #include <cstdlib>
 #include <fcntl.h>
 #include <string>
@@ -53,17 +55,12 @@ inline bool canOperateModeZeroSets()
     return allowed;
 }
 
-// A fresh folder "/tmp/tidewell-locks-XXXXXX/", removed at the end with its
-// files and the semaphore sets of the lock files it handed out.
+// A fresh folder, removed at the end with its files and the semaphore sets
+// of the lock files it handed out.
 class LockDirectory
 {
 public:
-    LockDirectory()
-    {
-        char pattern[] = "/tmp/tidewell-locks-XXXXXX";
-        if (mkdtemp(pattern))
-            m_path = std::string(pattern) + "/";
-    }
+    LockDirectory() = default;
     ~LockDirectory()
     {
         for (std::string const& name : m_names)
@@ -72,17 +69,13 @@ public:
             if (id >= 0)
                 semctl(id, 0, IPC_RMID);
         }
-        for (std::string const& name : m_files)
-            unlink((m_path + name).c_str());
-        if (!m_path.empty())
-            rmdir(m_path.c_str());
     }
 
     LockDirectory(LockDirectory const&) = delete;
     LockDirectory& operator=(LockDirectory const&) = delete;
 
-    // The folder, ending in "/"; empty if it could not be made.
-    std::string const& path() const { return m_path; }
+    // The folder, ending in "/".
+    std::string path() const { return m_folder.path(); }
 
     // A new lock file `base` + a number whose key has no semaphore set yet
     // (ftok keys of different files can coincide); its name.
@@ -91,12 +84,12 @@ public:
         for (unsigned n = 0; n < 100; ++n)
         {
             std::string name = base + std::to_string(n);
-            int fd = open((m_path + name).c_str(), O_CREAT | O_EXCL | O_WRONLY, 0644);
+            int fd = open(m_folder.path(name).c_str(), O_CREAT | O_EXCL | O_WRONLY, 0644);
             if (fd < 0)
                 continue;
             close(fd);
-            // Kept to the end, so that no next file reuses its inode (its key).
-            m_files.push_back(name);
+            // Every file stays to the end, so that no next file reuses its
+            // inode (its key).
             if (existingSet(key(name)) >= 0)
                 continue;
             m_names.push_back(name);
@@ -106,16 +99,15 @@ public:
     }
 
     // The key of a lock file, computed without the library.
-    key_t key(std::string const& name) const { return ftok((m_path + name).c_str(), 0); }
+    key_t key(std::string const& name) const { return ftok(m_folder.path(name).c_str(), 0); }
 
     // Makes this the process's lock-file folder; the library reads it once:
     // call this in a fresh child before any named-mutex function.
-    void exportToEnvironment() const { setenv("TALVE_LOCK_FILES_DIR", m_path.c_str(), 1); }
+    void exportToEnvironment() const { setenv("TALVE_LOCK_FILES_DIR", path().c_str(), 1); }
 
 private:
-    std::string m_path;
-    std::vector<std::string> m_files; // every lock file made
-    std::vector<std::string> m_names; // those handed out
+    ScratchFolder m_folder;
+    std::vector<std::string> m_names; // the lock files handed out
 };
 
 } // namespace TestSupport
