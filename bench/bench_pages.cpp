@@ -7,12 +7,12 @@
 #include "BenchTiming.h"
 
 #include "extension/ZRAPPExtension.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <string>
-#include <sys/stat.h>
 #include <vector>
 
 #ifndef TIDEWELL_MODULE
@@ -53,15 +53,11 @@ ZRAPPExtensionProcFunction loadModule(const char* path)
 
 int main()
 {
-    char pattern[] = "/tmp/tidewell-bench-pages-XXXXXX";
-    if (!mkdtemp(pattern))
-        return 1;
-    const std::string root = pattern;
-    const std::string content = root + "/content/";
-    mkdir(content.c_str(), 0755);
-    mkdir((content + "part").c_str(), 0755);
-    writeFile(root + "/TIDEWELL.XML", "<TIDEWELL><UrlBase value=\"" + content + "\"/></TIDEWELL>");
-    setenv("_", (root + "/iexplore").c_str(), 1);
+    const ScratchFolder scratch;
+    const std::string content = scratch.path("content/");
+    scratch.makeFolder("content/part");
+    writeFile(scratch.path("TIDEWELL.XML"), "<TIDEWELL><UrlBase value=\"" + content + "\"/></TIDEWELL>");
+    setenv("_", scratch.path("iexplore").c_str(), 1);
 
     const size_t big = 1u << 20;
     writeFile(content + "big.htm", htmlText(big));
@@ -115,7 +111,5 @@ int main()
                             });
     ours = bestSeconds(100, [&] { serve("zrmedia://Tidewell/includes.htm", expanded); });
     reportRatio("page with 100 includes of 1 KiB vs read(2) of its 101 files", ours, reference, 0);
-
-    std::string command = "rm -rf '" + root + "'";
-    return std::system(command.c_str()) == 0 ? 0 : 1;
+    return 0;
 }

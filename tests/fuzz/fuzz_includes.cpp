@@ -8,13 +8,12 @@
 
 #include "common/filesystem/Filesystem.h"
 #include "extension/Includes.h"
+#include "tests/support/ScratchFolder.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace
@@ -33,26 +32,10 @@ public:
 };
 
 // The content folder, made once per process and removed when it ends.
-const fs::path& contentFolder()
+const ScratchFolder& contentFolder()
 {
-    struct Folder
-    {
-        Folder()
-        {
-            std::string pattern = (fs::temp_directory_path() / "tidewell-fuzz-XXXXXX").string();
-            if (::mkdtemp(pattern.data()) == nullptr)
-                std::abort();
-            path = pattern;
-        }
-        ~Folder()
-        {
-            std::error_code ignored;
-            fs::remove_all(path, ignored);
-        }
-        fs::path path;
-    };
-    static Folder s_folder;
-    return s_folder.path;
+    static const ScratchFolder s_folder;
+    return s_folder;
 }
 
 Common::string text(const std::string& bytes)
@@ -63,23 +46,23 @@ Common::string text(const std::string& bytes)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const fs::path& folder = contentFolder();
+    const ScratchFolder& folder = contentFolder();
     std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(folder))
+    for (const auto& entry : fs::directory_iterator(folder.path()))
         fs::remove_all(entry.path(), ignored);
-    fs::create_directories(folder / "sub" / "sub");
+    folder.makeFolder("sub/sub");
 
     FuzzedDataProvider input(data, size);
     const unsigned files = input.ConsumeIntegralInRange<unsigned>(0, 6);
     for (unsigned i = 0; i < files; ++i)
     {
         const char* name = kNames[input.ConsumeIntegralInRange<unsigned>(0, 5)];
-        std::ofstream(folder / name, std::ios::binary) << input.ConsumeRandomLengthString(512);
+        folder.write(name, input.ConsumeRandomLengthString(512));
     }
     const Common::string page = text(input.ConsumeRemainingBytesAsString());
 
     FileReader reader;
-    const Common::string content = text(folder.string() + "/");
+    const Common::string content = folder.at();
     const Includes::Result result = Includes::expand(page, content + "sub/", content, reader);
     if (result.expansions > Includes::kMaxExpansions || result.text.size() > Includes::kMaxPageBytes)
         __builtin_trap();

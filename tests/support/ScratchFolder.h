@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 // A fresh folder below /tmp for one test, removed with all it holds at the end.
@@ -16,7 +17,9 @@ public:
     ScratchFolder()
     {
         char pattern[] = "/tmp/tidewell-files-XXXXXX";
-        m_path = ::mkdtemp(pattern);
+        if (::mkdtemp(pattern) == nullptr)
+            throw std::runtime_error("cannot make a scratch folder in /tmp");
+        m_path = pattern;
     }
     ~ScratchFolder()
     {
