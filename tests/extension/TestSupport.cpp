@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -79,9 +78,7 @@ const std::string& contentFolder()
 
 void putContent(const std::string& name, const std::string& bytes)
 {
-    std::filesystem::path path = contentFolder() + name;
-    std::filesystem::create_directories(path.parent_path());
-    EXPECT_TRUE(writeFile(path.string(), bytes)) << path;
+    EXPECT_TRUE(g_content->write(name, bytes)) << name;
 }
 
 Answer get(const std::string& url, const std::string& method)

@@ -38,10 +38,11 @@ public:
     {
         std::filesystem::create_directories(path(relative));
     }
-    void write(std::string const& relative, std::string const& bytes) const
+    // Writes a file, creating the folders on its way; false when it fails.
+    bool write(std::string const& relative, std::string const& bytes) const
     {
         std::filesystem::create_directories(std::filesystem::path(path(relative)).parent_path());
-        TestSupport::writeFile(path(relative), bytes);
+        return TestSupport::writeFile(path(relative), bytes);
     }
     std::string read(std::string const& relative) const
     {
